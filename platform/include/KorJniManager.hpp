@@ -1,0 +1,49 @@
+#pragma once
+
+#include "KorWstring.hpp"
+
+#include <jni.h>
+
+#include <string>
+#include <vector>
+
+class KorJniReturn;
+
+// Base of a component's JNI manager: the classes that sort Java exceptions
+// and the text conversions.
+class KorJniManager {
+public:
+  // Null names take the process defaults: the fatal class java/lang/Error
+  // (or what setDefaultFatalClassName chose) and the element class
+  // java/lang/Throwable. Throws KorFatalException when a class is missing.
+  KorJniManager(const char* fatalClassName, const char* elementClassName);
+  KorJniManager(const KorJniManager&) = delete;
+  KorJniManager& operator=(const KorJniManager&) = delete;
+  virtual ~KorJniManager();
+
+  // Records a known exception in the outcome; the base knows none.
+  virtual bool checkForKnownExceptions(JNIEnv* env, jthrowable throwable, KorJniReturn& outcome) const;
+  // Unpacks a known exception; the base knows none.
+  virtual bool processKnownException(JNIEnv* env, jobject exception, int& messageNumber,
+                                     KorWstring& text, std::vector<KorWstring>& inserts,
+                                     bool& nested) const;
+
+  // A new local reference; null (with the JVM's exception pending) when the
+  // JVM cannot allocate it.
+  jstring KorWstringTojavaString(JNIEnv* env, const KorWstring& text) const;
+  // A null string gives the empty text.
+  KorWstring javaStringToKorWstringInternal(JNIEnv* env, jstring string) const;
+
+  jclass fatalClass() const noexcept { return fatalClass_; }
+  jclass elementClass() const noexcept { return elementClass_; }
+  bool debugPrint() const noexcept { return debugPrint_; }
+
+  // Host settings, read when a manager is constructed.
+  static void setDefaultFatalClassName(const std::string& className);
+  static void setDefaultDebugPrint(bool on);
+
+private:
+  jclass fatalClass_ = nullptr;
+  jclass elementClass_ = nullptr;
+  bool debugPrint_ = false;
+};

@@ -1,0 +1,107 @@
+#pragma once
+
+#include "KorWstring.hpp"
+
+#include <atomic>
+#include <cstdint>
+#include <cstdio>
+#include <initializer_list>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+class KorNamedLogSource;
+
+using KorLogToken = std::uint64_t;
+
+// One insert of a trace record, already rendered as text.
+class KorLogInsert {
+public:
+  KorLogInsert(const KorWstring& text) : text_(text) {}
+  KorLogInsert(const char* utf8);
+  KorLogInsert(long long value);
+  KorLogInsert(int value) : KorLogInsert(static_cast<long long>(value)) {}
+  KorLogInsert(unsigned value) : KorLogInsert(static_cast<long long>(value)) {}
+  KorLogInsert(bool value);
+  KorLogInsert(const void* address);
+
+  const KorWstring& text() const noexcept { return text_; }
+
+private:
+  KorWstring text_;
+};
+
+enum class KorLogKind { entry, exit, trace, debugEntry, debugExit, debugTrace, systemError };
+
+struct KorLogRecord {
+  KorLogKind kind;
+  std::string function;
+  KorWstring source;
+  KorLogToken token;
+  std::vector<KorWstring> inserts;
+};
+
+// Where records go. write() may be called from many threads at once.
+class KorLogSink {
+public:
+  virtual ~KorLogSink();
+  virtual void write(const KorLogRecord& record) = 0;
+};
+
+// One line per record, for people: to stderr, or to a file it opens.
+class KorLogTextSink : public KorLogSink {
+public:
+  KorLogTextSink(); // stderr
+  explicit KorLogTextSink(const std::string& path); // throws std::system_error
+  ~KorLogTextSink() override;
+  void write(const KorLogRecord& record) override;
+
+private:
+  std::mutex mutex_;
+  std::FILE* file_;
+  bool owned_;
+};
+
+// Keeps every record, for tests.
+class KorLogCapture : public KorLogSink {
+public:
+  void write(const KorLogRecord& record) override;
+  std::vector<KorLogRecord> records() const;
+  void clear();
+
+private:
+  mutable std::mutex mutex_;
+  std::vector<KorLogRecord> records_;
+};
+
+// The trace facility. Callers test iEffectiveLogFilter before building an
+// item: plain items above 2, debug items above 3. The item functions write
+// unconditionally to the sink the host installed (none by default).
+class KorLog {
+public:
+  static std::atomic<int> iEffectiveLogFilter;
+  static const wchar_t* const iDefaultLogSource;
+
+  using Inserts = std::initializer_list<KorLogInsert>;
+
+  // Entry items return the token that the matching exit item and any
+  // exception raised meanwhile carry.
+  static KorLogToken entry(const char* function, Inserts inserts = {});
+  static KorLogToken entry(const KorNamedLogSource& source, const char* function, Inserts inserts = {});
+  static void exit(const char* function, KorLogToken token, Inserts inserts = {});
+  static void exit(const KorNamedLogSource& source, const char* function, KorLogToken token,
+                   Inserts inserts = {});
+  static void trace(const char* function, KorLogToken token, Inserts inserts);
+  static void trace(const char* function, KorLogToken token, const std::vector<KorWstring>& inserts);
+  static KorLogToken debugEntry(const char* function, Inserts inserts = {});
+  static void debugExit(const char* function, KorLogToken token, Inserts inserts = {});
+  static void debugTrace(const char* function, KorLogToken token, Inserts inserts);
+
+  static void write(KorLogRecord record);
+
+  // The host's choice; null discards. Returns the sink it replaces.
+  static std::shared_ptr<KorLogSink> setSink(std::shared_ptr<KorLogSink> sink);
+};
+
+std::string toString(const KorLogRecord& record);

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "KorWstring.hpp"
+
+// A named source of trace records; copies keep the name.
+class KorNamedLogSource {
+public:
+  explicit KorNamedLogSource(const wchar_t* name);
+  KorNamedLogSource(const KorNamedLogSource&) = default;
+  KorNamedLogSource& operator=(const KorNamedLogSource&) = default;
+  virtual ~KorNamedLogSource();
+
+  const KorWstring& logSourceName() const noexcept { return logSourceName_; }
+
+private:
+  KorWstring logSourceName_;
+};

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+// The platform's text: UTF-16 code units in a reference-counted buffer.
+// Copies share the buffer (a copy allocates nothing); a write to a shared
+// buffer copies it first. Reference counts are atomic, so copies may live on
+// different threads; one KorWstring object is not for concurrent writers.
+class KorWstring {
+public:
+  using CodeUnit = char16_t;
+
+  KorWstring() noexcept = default;
+  KorWstring(const CodeUnit* units, std::size_t count);
+  explicit KorWstring(std::u16string_view units);
+  KorWstring(const KorWstring& other) noexcept;
+  KorWstring(KorWstring&& other) noexcept;
+  KorWstring& operator=(const KorWstring& other) noexcept;
+  KorWstring& operator=(KorWstring&& other) noexcept;
+  ~KorWstring();
+
+  // Throws KorWstringEncodingError naming the byte offset of invalid UTF-8.
+  static KorWstring fromUtf8(std::string_view utf8);
+  // A lone surrogate becomes U+FFFD; everything else round-trips.
+  std::string toUtf8() const;
+
+  std::size_t length() const noexcept;
+  bool empty() const noexcept { return length() == 0; }
+  const CodeUnit* data() const noexcept;
+  std::u16string_view view() const noexcept { return {data(), length()}; }
+
+  KorWstring& operator+=(const KorWstring& tail);
+  KorWstring& append(const CodeUnit* units, std::size_t count);
+  void clear() noexcept;
+
+  bool sharesBufferWith(const KorWstring& other) const noexcept {
+    return buffer_ != nullptr && buffer_ == other.buffer_;
+  }
+
+  friend bool operator==(const KorWstring& a, const KorWstring& b) noexcept {
+    return a.sharesBufferWith(b) || a.view() == b.view();
+  }
+  friend bool operator!=(const KorWstring& a, const KorWstring& b) noexcept { return !(a == b); }
+
+private:
+  struct Buffer;
+  CodeUnit* reserveUnique(std::size_t capacity);
+  void release() noexcept;
+
+  Buffer* buffer_ = nullptr;
+};
+
+class KorWstringEncodingError : public std::invalid_argument {
+public:
+  KorWstringEncodingError(const std::string& what, std::size_t offset)
+      : std::invalid_argument(what), offset_(offset) {}
+  std::size_t offset() const noexcept { return offset_; }
+
+private:
+  std::size_t offset_;
+};
+
+namespace KorWstringConvertor {
+// wchar_t is UTF-32 here: code points above U+FFFF become surrogate pairs.
+// A value above U+10FFFF throws KorWstringEncodingError.
+KorWstring toKorWstring(const wchar_t* literal);
+} // namespace KorWstringConvertor
+
+// The key order of every ordered map of the registry: a shared buffer is
+// equal, otherwise unsigned code-unit order with a prefix first.
+template <>
+struct std::less<KorWstring> {
+  bool operator()(const KorWstring& a, const KorWstring& b) const noexcept {
+    if (a.sharesBufferWith(b)) {
+      return false;
+    }
+    return a.view() < b.view();
+  }
+};
