@@ -43,7 +43,12 @@ public:
   static void setDefaultDebugPrint(bool on);
 
 private:
+  friend class KorJniReturn;
+
   jclass fatalClass_ = nullptr;
   jclass elementClass_ = nullptr;
   bool debugPrint_ = false;
+  // What the outcome object reads to describe any exception.
+  jmethodID classGetName_ = nullptr;
+  jmethodID throwableGetMessage_ = nullptr;
 };

@@ -1,0 +1,110 @@
+#include "KorJniManager.hpp"
+
+#include "KorException.hpp"
+#include "KorJVM.hpp"
+#include "KorJniRef.hpp"
+#include "KorLog.hpp"
+
+#include <climits>
+#include <mutex>
+#include <stdexcept>
+
+namespace {
+
+std::mutex defaultsLock;
+std::string defaultFatalClassName = "java/lang/Error";
+bool defaultDebugPrint = false;
+
+const char* const defaultElementClassName = "java/lang/Throwable";
+
+[[noreturn]] void raiseMissing(JNIEnv* env, int line, const std::string& what) {
+  env->ExceptionClear();
+  KorFatalException error("platform/KorJniManager", line, "KorJniManager::KorJniManager",
+                          KorLog::iDefaultLogSource, korMessageNumber(3702), 0);
+  error << KorWstring::fromUtf8("Fatal Error Making JNI Call: FindClass") << "FindClass"
+        << KorWstring::fromUtf8(what);
+  error.throwThis();
+}
+
+jclass globalClass(JNIEnv* env, const std::string& name) {
+  KorLocalRef<jclass> local(env, env->FindClass(name.c_str()));
+  if (!local) {
+    raiseMissing(env, __LINE__, name);
+  }
+  auto global = static_cast<jclass>(env->NewGlobalRef(local.get()));
+  if (global == nullptr) {
+    raiseMissing(env, __LINE__, name);
+  }
+  return global;
+}
+
+jmethodID method(JNIEnv* env, jclass cls, const char* name, const char* signature) {
+  jmethodID id = env->GetMethodID(cls, name, signature);
+  if (id == nullptr) {
+    raiseMissing(env, __LINE__, name);
+  }
+  return id;
+}
+
+} // namespace
+
+KorJniManager::KorJniManager(const char* fatalClassName, const char* elementClassName) {
+  JNIEnv* env = KorJVM::getEnvironment();
+  std::string fatalName;
+  {
+    std::lock_guard<std::mutex> guard(defaultsLock);
+    fatalName = fatalClassName != nullptr ? fatalClassName : defaultFatalClassName;
+    debugPrint_ = defaultDebugPrint;
+  }
+  fatalClass_ = globalClass(env, fatalName);
+  elementClass_ = globalClass(env, elementClassName != nullptr ? elementClassName : defaultElementClassName);
+
+  KorLocalRef<jclass> classClass(env, env->FindClass("java/lang/Class"));
+  KorLocalRef<jclass> throwableClass(env, env->FindClass("java/lang/Throwable"));
+  if (!classClass || !throwableClass) {
+    raiseMissing(env, __LINE__, "java/lang/Class");
+  }
+  classGetName_ = method(env, classClass.get(), "getName", "()Ljava/lang/String;");
+  throwableGetMessage_ = method(env, throwableClass.get(), "getMessage", "()Ljava/lang/String;");
+}
+
+// The manager lives as long as the process; its class references with it.
+KorJniManager::~KorJniManager() = default;
+
+bool KorJniManager::checkForKnownExceptions(JNIEnv*, jthrowable, KorJniReturn&) const {
+  return false;
+}
+
+bool KorJniManager::processKnownException(JNIEnv*, jobject, int&, KorWstring&, std::vector<KorWstring>&,
+                                          bool&) const {
+  return false;
+}
+
+jstring KorJniManager::KorWstringTojavaString(JNIEnv* env, const KorWstring& text) const {
+  static const jchar noUnits = 0;
+  if (text.length() > static_cast<std::size_t>(INT_MAX)) {
+    throw std::length_error("text too long for a Java string");
+  }
+  const auto* units = text.empty() ? &noUnits : reinterpret_cast<const jchar*>(text.data());
+  return env->NewString(units, static_cast<jsize>(text.length()));
+}
+
+KorWstring KorJniManager::javaStringToKorWstringInternal(JNIEnv* env, jstring string) const {
+  if (string == nullptr) {
+    return {};
+  }
+  jsize length = env->GetStringLength(string);
+  KorWstring text;
+  env->GetStringRegion(string, 0, length, reinterpret_cast<jchar*>(text.resizeForOverwrite(length)));
+  return text;
+}
+
+void KorJniManager::setDefaultFatalClassName(const std::string& className) {
+  std::lock_guard<std::mutex> guard(defaultsLock);
+  defaultFatalClassName = className;
+}
+
+void KorJniManager::setDefaultDebugPrint(bool on) {
+  std::lock_guard<std::mutex> guard(defaultsLock);
+  defaultDebugPrint = on;
+}

@@ -1,0 +1,473 @@
+#include "KorISRAdapterImpl.hpp"
+
+#include "KorISRAdapterJniManager.hpp"
+#include "KorJniCallScope.hpp"
+
+#include <KorException.hpp>
+#include <KorLog.hpp>
+
+namespace {
+
+using AdapterMethod = jmethodID KorISRAdapterJniManager::ISRAdapterClass::*;
+
+bool plainTrace() {
+  return KorLog::iEffectiveLogFilter > 2;
+}
+bool debugTrace() {
+  return KorLog::iEffectiveLogFilter > 3;
+}
+
+// Policies of this type are the business transaction definitions.
+const KorWstring& reservedPolicyType() {
+  static const KorWstring type = KorWstringConvertor::toKorWstring(L"BusinessTransactionDefinition");
+  return type;
+}
+
+const KorWstring& nameSeparator() {
+  static const KorWstring separator = KorWstringConvertor::toKorWstring(L" ");
+  return separator;
+}
+
+KorLogToken debugEntry(const char* function, KorLog::Inserts inserts = {}) {
+  return debugTrace() ? KorLog::debugEntry(function, inserts) : 0;
+}
+
+void debugExit(const char* function, KorLogToken token, KorLog::Inserts inserts = {}) {
+  if (debugTrace()) {
+    KorLog::debugExit(function, token, inserts);
+  }
+}
+
+// The Java adapter's BTD calls that fill in a document: create, update.
+void storeBTD(jobject adapter, const char* function, AdapterMethod store, const char* storeLabel,
+              const KorWstring& name, const KorWstring& content, KorWstring& uri) {
+  KorLogToken token = debugEntry(function, {name, content});
+  KorJniCallScope java(function, token);
+  const auto& btd = java.manager().btdDocument();
+  jstring javaName = java.string(name);
+  jstring javaContent = java.string(content);
+  jobject document = java.construct("NewObject", btd.cls, btd.init, javaName, javaContent);
+  java.call<void>(storeLabel, adapter, java.manager().isrAdapter().*store, document);
+  uri = java.requiredText("method_com_vantor_broker_isr_BTDDocument_getUri", document, btd.getUri);
+  debugExit(function, token);
+}
+
+// The Java adapter's policy calls that store a validated policy: create, update.
+void storePolicy(jobject adapter, const char* function, KorLogToken token, AdapterMethod store,
+                 const char* storeLabel, const KorWstring& type, const KorWstring& name,
+                 const KorWstring& document, KorWstring& uri) {
+  KorJniCallScope java(function, token);
+  const auto& policy = java.manager().isrPolicy();
+  jstring javaType = java.string(type);
+  jstring javaName = java.string(name);
+  jstring javaDocument = java.string(document);
+  jobject object = java.construct("NewObject", policy.cls, policy.init, javaType, javaName, javaDocument);
+  java.call<void>("ISRPolicy_validateContent", object, policy.validateContent);
+  java.call<void>(storeLabel, adapter, java.manager().isrAdapter().*store, object);
+  uri = java.requiredText(storeLabel, object, policy.getUri);
+}
+
+// The ISRPolicy that asks about one policy, with an empty document.
+jobject policyQuery(KorJniCallScope& java, const KorWstring& type, const KorWstring& name) {
+  const auto& policy = java.manager().isrPolicy();
+  jstring javaType = java.string(type);
+  jstring javaName = java.string(name);
+  jstring javaDocument = java.string(KorWstring());
+  return java.construct("NewObject", policy.cls, policy.init, javaType, javaName, javaDocument);
+}
+
+} // namespace
+
+KorISRAdapterImpl::KorISRAdapterImpl(const KorWstring& name)
+    : KorNamedLogSource(L"KorISRAdapterImpl"), name_(name) {
+  const char* const function = "KorISRAdapterImpl::KorISRAdapterImpl";
+  KorLogToken token = plainTrace() ? KorLog::entry(*this, function) : 0;
+  KorJniCallScope java(function, token);
+  const auto& adapter = java.manager().isrAdapter();
+  jobject instance =
+      java.nonNull("ISRAdapter_getInstance",
+                   java.callStatic<jobject>("ISRAdapter_getInstance", adapter.cls, adapter.getInstance));
+  javaAdapter_ = java.globalRef("NewGlobalRef", instance);
+  if (plainTrace()) {
+    KorLog::exit(*this, function, token);
+  }
+}
+
+// A destructor that raised while another exception unwinds would end the
+// process, so a failure to release the Java adapter is traced, not raised.
+KorISRAdapterImpl::~KorISRAdapterImpl() {
+  const char* const function = "KorISRAdapterImpl::~KorISRAdapterImpl";
+  KorLogToken token = plainTrace() ? KorLog::entry(function) : 0;
+  try {
+    KorJniCallScope java(function, token);
+    if (javaAdapter_ != nullptr) {
+      java.deleteGlobalRef("DeleteGlobalRef", javaAdapter_);
+      javaAdapter_ = nullptr;
+    }
+  } catch (const KorException& error) {
+    if (plainTrace()) {
+      KorLog::trace(function, token, {"Java adapter not released", error.what()});
+    }
+  }
+  if (plainTrace()) {
+    KorLog::exit(function, token);
+  }
+}
+
+bool KorISRAdapterImpl::btdExists(const KorWstring& name) {
+  const char* const function = "KorISRAdapterImpl::btdExists";
+  KorLogToken token = debugEntry(function, {name});
+  KorJniCallScope java(function, token);
+  bool exists = java.call<bool>("PolicyRespositoryManager_btdExists", javaAdapter_,
+                                java.manager().isrAdapter().btdExists, java.string(name));
+  debugExit(function, token, {exists ? 1 : 0});
+  return exists;
+}
+
+void KorISRAdapterImpl::createBTD(const KorWstring& name, const KorWstring& content, KorWstring& uri) {
+  storeBTD(javaAdapter_, "KorISRAdapterImpl::createBTD", &KorISRAdapterJniManager::ISRAdapterClass::createBTD,
+           "method_com_vantor_broker_isr_ISRAdapter_createBTD", name, content, uri);
+}
+
+void KorISRAdapterImpl::updateBTD(const KorWstring& name, const KorWstring& content, KorWstring& uri) {
+  storeBTD(javaAdapter_, "KorISRAdapterImpl::updateBTD", &KorISRAdapterJniManager::ISRAdapterClass::updateBTD,
+           "method_com_vantor_broker_isr_ISRAdapter_updateBTD", name, content, uri);
+}
+
+void KorISRAdapterImpl::getBTD(const KorWstring& name, KorWstring& content, KorWstring& uri) {
+  const char* const function = "KorISRAdapterImpl::getBTD";
+  KorLogToken token = debugEntry(function, {name});
+  KorJniCallScope java(function, token);
+  const auto& btd = java.manager().btdDocument();
+  jstring javaName = java.string(name);
+  jstring javaContent = java.string(content);
+  jobject document = java.construct("NewObject", btd.cls, btd.init, javaName, javaContent);
+  java.call<void>("method_com_vantor_broker_isr_ISRAdapter_getBTD", javaAdapter_,
+                  java.manager().isrAdapter().getBTD, document);
+  uri = java.requiredText("method_com_vantor_broker_isr_BTDDocument_getUri", document, btd.getUri);
+  content = java.requiredText("method_com_vantor_broker_isr_BTDDocument_getContent", document, btd.getContent);
+  debugExit(function, token);
+}
+
+void KorISRAdapterImpl::deleteBTD(const KorWstring& name) {
+  const char* const function = "KorISRAdapterImpl::deleteBTD";
+  KorLogToken token = debugEntry(function, {name});
+  KorJniCallScope java(function, token);
+  java.call<void>("method_com_vantor_broker_isr_ISRAdapter_deleteBTD", javaAdapter_,
+                  java.manager().isrAdapter().deleteBTD, java.string(name));
+  debugExit(function, token);
+}
+
+// A null array is an empty registry. A null element has no URI or name to
+// give, which these listings treat as an error (DRX3703 under the label of
+// the read), as they do for an element that answers null.
+void KorISRAdapterImpl::listBTDs(std::vector<KorWstring>& uris) {
+  const char* const function = "KorISRAdapterImpl::listBTDs";
+  KorLogToken token = debugEntry(function);
+  KorJniCallScope java(function, token);
+  const char* const listLabel = "method_com_vantor_broker_isr_ISRAdapter_getBTDs";
+  const char* const readLabel = "method_com_vantor_broker_isr_BTDDocument_getUri";
+  jobject btds = java.call<jobject>(listLabel, javaAdapter_, java.manager().isrAdapter().getBTDs);
+  for (jsize i = 0; i < java.length(btds); ++i) {
+    jobject btd = java.nonNull(readLabel, java.element(listLabel, btds, i));
+    KorWstring uri = java.requiredText(readLabel, btd, java.manager().btdDocument().getUri);
+    if (debugTrace()) {
+      KorLog::debugTrace(function, token, {"Adding URI to result", uri});
+    }
+    uris.push_back(uri);
+  }
+  debugExit(function, token);
+}
+
+std::vector<KorWstring> KorISRAdapterImpl::getBTDNames(KorWstring& names) {
+  const char* const function = "KorISRAdapterImpl::getBTDNames";
+  KorLogToken token = debugEntry(function);
+  KorJniCallScope java(function, token);
+  const char* const listLabel = "method_com_vantor_broker_isr_ISRAdapter_getBTDs";
+  const char* const readLabel = "method_com_vantor_broker_isr_BTDDocument_getName";
+  jobject btds = java.call<jobject>(listLabel, javaAdapter_, java.manager().isrAdapter().getBTDs);
+  std::vector<KorWstring> result;
+  names.clear();
+  for (jsize i = 0; i < java.length(btds); ++i) {
+    jobject btd = java.nonNull(readLabel, java.element(listLabel, btds, i));
+    KorWstring name = java.requiredText(readLabel, btd, java.manager().btdDocument().getName);
+    if (debugTrace()) {
+      KorLog::debugTrace(function, token, {"Adding name to result", name});
+    }
+    result.push_back(name);
+    if (!names.empty()) {
+      names += nameSeparator();
+      names += name;
+    } else {
+      names = name;
+    }
+  }
+  debugExit(function, token);
+  return result;
+}
+
+void KorISRAdapterImpl::createPolicy(const KorWstring& type, const KorWstring& name,
+                                     const KorWstring& document, KorWstring& uri) {
+  const char* const function = "KorISRAdapterImpl::createPolicy";
+  KorLogToken token = debugEntry(function, {type, name, document});
+  if (type == reservedPolicyType()) {
+    createBTD(name, document, uri);
+  } else {
+    storePolicy(javaAdapter_, function, token, &KorISRAdapterJniManager::ISRAdapterClass::createPolicy,
+                "PolicyRespositoryManager_createPolicy", type, name, document, uri);
+  }
+  debugExit(function, token);
+}
+
+void KorISRAdapterImpl::updatePolicy(const KorWstring& type, const KorWstring& name,
+                                     const KorWstring& document, KorWstring& uri) {
+  const char* const function = "KorISRAdapterImpl::updatePolicy";
+  KorLogToken token = debugEntry(function, {type, name, document});
+  if (type == reservedPolicyType()) {
+    updateBTD(name, document, uri);
+  } else {
+    storePolicy(javaAdapter_, function, token, &KorISRAdapterJniManager::ISRAdapterClass::updatePolicy,
+                "PolicyRespositoryManager_updatePolicy", type, name, document, uri);
+  }
+  debugExit(function, token);
+}
+
+void KorISRAdapterImpl::getPolicy(const KorWstring& type, const KorWstring& name, KorWstring& document,
+                                  KorWstring& uri) {
+  const char* const function = "KorISRAdapterImpl::getPolicy";
+  KorLogToken token = debugEntry(function, {type, name});
+  if (type == reservedPolicyType()) {
+    getBTD(name, document, uri);
+    debugExit(function, token);
+    return;
+  }
+  KorJniCallScope java(function, token);
+  const auto& policy = java.manager().isrPolicy();
+  const char* const getLabel = "PolicyRespositoryManager_getPolicy";
+  jstring javaType = java.string(type);
+  jstring javaName = java.string(name);
+  jstring javaDocument = java.string(document);
+  jobject query = java.construct("NewObject", policy.cls, policy.init, javaType, javaName, javaDocument);
+  java.call<void>(getLabel, javaAdapter_, java.manager().isrAdapter().getPolicy, query);
+  uri = java.requiredText(getLabel, query, policy.getUri);
+  document = java.requiredText(getLabel, query, policy.getDocument);
+  debugExit(function, token);
+}
+
+void KorISRAdapterImpl::deletePolicy(const KorWstring& type, const KorWstring& name) {
+  const char* const function = "KorISRAdapterImpl::deletePolicy";
+  KorLogToken token = debugEntry(function, {type, name});
+  if (type == reservedPolicyType()) {
+    deleteBTD(name);
+    debugExit(function, token);
+    return;
+  }
+  KorJniCallScope java(function, token);
+  jobject query = policyQuery(java, type, name);
+  java.call<void>("PolicyRespositoryManager_deletePolicy", javaAdapter_, java.manager().isrAdapter().deletePolicy,
+                  query);
+  debugExit(function, token);
+}
+
+bool KorISRAdapterImpl::policyExists(const KorWstring& type, const KorWstring& name) {
+  const char* const function = "KorISRAdapterImpl::policyExists";
+  KorLogToken token = debugEntry(function, {type, name});
+  if (type == reservedPolicyType()) {
+    bool exists = btdExists(name);
+    debugExit(function, token, {exists});
+    return exists;
+  }
+  KorJniCallScope java(function, token);
+  jobject query = policyQuery(java, type, name);
+  bool exists = java.call<bool>("PolicyRespositoryManager_policyExists", javaAdapter_,
+                                java.manager().isrAdapter().policyExists, query);
+  debugExit(function, token, {exists ? 1 : 0});
+  return exists;
+}
+
+// A null array is a type without policies; a null element, which has no name
+// to read, is skipped like the empty listing it stands for.
+std::vector<KorWstring> KorISRAdapterImpl::getPolicyNames(const KorWstring& type, KorWstring& names) {
+  const char* const function = "KorISRAdapterImpl::getPolicyNames";
+  KorLogToken token = debugEntry(function, {type});
+  if (type == reservedPolicyType()) {
+    std::vector<KorWstring> result = getBTDNames(names);
+    debugExit(function, token);
+    return result;
+  }
+  std::vector<KorWstring> result;
+  KorJniCallScope java(function, token);
+  const auto& adapter = java.manager().isrAdapter();
+  const char* const namesLabel = "PolicyRespositoryManager_getPolicyNames";
+  const char* const listLabel = "method_com_vantor_broker_isr_ISRAdapter_getPoliciesWithoutDoc";
+  jstring javaType = java.string(type);
+  names = java.requiredText(namesLabel, javaAdapter_, adapter.getPolicyNames, javaType);
+  jobject policies = java.call<jobject>(listLabel, javaAdapter_, adapter.getPoliciesWithoutDoc, javaType);
+  jsize count = java.length(policies);
+  for (jsize i = 0; i < count; ++i) {
+    jobject policy = java.element(listLabel, policies, i);
+    if (policy == nullptr) {
+      continue;
+    }
+    KorWstring name = java.optionalText("method_com_vantor_broker_isr_ISRPolicy_getName", policy,
+                                        java.manager().isrPolicy().getName);
+    if (debugTrace()) {
+      KorLog::debugTrace(function, token, {"policyName=", name});
+    }
+    result.push_back(name);
+  }
+  debugExit(function, token);
+  return result;
+}
+
+void KorISRAdapterImpl::createService(const KorWstring& name, const KorWstring& serviceNamespace,
+                                      const KorWstring& document) {
+  const char* const function = "KorISRAdapterImpl::createService";
+  KorLogToken token = debugEntry(function, {name, serviceNamespace, document});
+  KorJniCallScope java(function, token);
+  const auto& service = java.manager().isrService();
+  jstring javaName = java.string(name);
+  jstring javaNamespace = java.string(serviceNamespace);
+  jstring javaDocument = java.string(document);
+  jobject object =
+      java.construct("NewObject", service.cls, service.initWithDocument, javaName, javaNamespace, javaDocument);
+  java.call<void>("method_com_vantor_broker_isr_ISRAdapter_createService", javaAdapter_,
+                  java.manager().isrAdapter().createService, object);
+  debugExit(function, token);
+}
+
+bool KorISRAdapterImpl::serviceExists(const KorWstring& name, const KorWstring& serviceNamespace) {
+  const char* const function = "KorISRAdapterImpl::serviceExists";
+  KorLogToken token = debugEntry(function, {name, serviceNamespace});
+  KorJniCallScope java(function, token);
+  const auto& service = java.manager().isrService();
+  jstring javaName = java.string(name);
+  jstring javaNamespace = java.string(serviceNamespace);
+  jobject query = java.construct("NewObject", service.cls, service.init, javaName, javaNamespace);
+  bool exists = java.call<bool>("method_com_vantor_broker_isr_ISRAdapter_serviceExists", javaAdapter_,
+                                java.manager().isrAdapter().serviceExists, query);
+  debugExit(function, token, {exists});
+  return exists;
+}
+
+bool KorISRAdapterImpl::getService(const KorWstring& name, KorISRService& service) {
+  const char* const function = "KorISRAdapterImpl::getService";
+  KorLogToken token = debugEntry(function, {name});
+  KorJniCallScope java(function, token);
+  const auto& javaService = java.manager().isrService();
+  jobject found = java.call<jobject>("method_com_vantor_broker_isr_ISRAdapter_getService", javaAdapter_,
+                                     java.manager().isrAdapter().getService, java.string(name));
+  if (found == nullptr) {
+    debugExit(function, token, {"false"});
+    return false;
+  }
+  if (debugTrace()) {
+    KorLog::debugTrace(function, token, {"got service"});
+  }
+  KorWstring serviceName =
+      java.optionalText("method_com_vantor_broker_isr_ISRService_getName", found, javaService.getName);
+  if (debugTrace()) {
+    KorLog::debugTrace(function, token, {"serviceName=", serviceName});
+  }
+  KorWstring serviceNamespace =
+      java.optionalText("method_com_vantor_broker_isr_ISRSerivce_getNamespace", found, javaService.getNamespace);
+  if (debugTrace()) {
+    KorLog::debugTrace(function, token, {"serviceNamespace=", serviceNamespace});
+  }
+  KorWstring document =
+      java.optionalText("method_com_vantor_broker_isr_ISRService_getDocument", found, javaService.getDocument);
+  if (debugTrace()) {
+    KorLog::debugTrace(function, token, {"serviceContent=", document});
+  }
+  service = KorISRService(serviceName, serviceNamespace, document);
+  debugExit(function, token, {"true"});
+  return true;
+}
+
+void KorISRAdapterImpl::deleteService(const KorWstring& name) {
+  const char* const function = "KorISRAdapterImpl::deleteService";
+  KorLogToken token = debugEntry(function, {name});
+  KorJniCallScope java(function, token);
+  java.call<void>("method_com_vantor_broker_isr_ISRAdapter_deleteService", javaAdapter_,
+                  java.manager().isrAdapter().deleteService, java.string(name));
+  debugExit(function, token);
+}
+
+// A null array is a registry without services; a null element is skipped,
+// as this listing already reads a missing name as empty.
+std::vector<KorISRService> KorISRAdapterImpl::getServices() {
+  const char* const function = "KorISRAdapterImpl::getServices";
+  KorLogToken token = debugEntry(function);
+  std::vector<KorISRService> result;
+  KorJniCallScope java(function, token);
+  const auto& javaService = java.manager().isrService();
+  const char* const listLabel = "method_com_vantor_broker_isr_ISRAdapter_getServicesWithoutDoc";
+  jobject services = java.call<jobject>(listLabel, javaAdapter_, java.manager().isrAdapter().getServicesWithoutDoc);
+  jsize count = java.length(services);
+  for (jsize i = 0; i < count; ++i) {
+    jobject service = java.element(listLabel, services, i);
+    if (service == nullptr) {
+      continue;
+    }
+    KorWstring name =
+        java.optionalText("method_com_vantor_broker_isr_ISRService_getName", service, javaService.getName);
+    if (debugTrace()) {
+      KorLog::debugTrace(function, token, {"serviceName=", name});
+    }
+    KorWstring serviceNamespace = java.optionalText("method_com_vantor_broker_isr_ISRSerivce_getNamespace",
+                                                    service, javaService.getNamespace);
+    if (debugTrace()) {
+      KorLog::debugTrace(function, token, {"serviceNamespace=", serviceNamespace});
+    }
+    result.emplace_back(name, serviceNamespace);
+  }
+  debugExit(function, token);
+  return result;
+}
+
+void KorISRAdapterImpl::setRepositoryDetails(const KorWstring& text1, const KorWstring& text2,
+                                             const KorWstring& text3, bool flag, const KorWstring& text5,
+                                             const KorWstring& text6, int value) {
+  const char* const function = "KorISRAdapterImpl::setRepositoryDetails";
+  KorLogToken token = debugEntry(function, {text1, text2, text3, text5, text6});
+  KorJniCallScope java(function, token);
+  jstring java1 = java.string(text1);
+  jstring java2 = java.string(text2);
+  jstring java3 = java.string(text3);
+  jstring java5 = java.string(text5);
+  jstring java6 = java.string(text6);
+  java.call<void>("ISRAdapter_setRepositoryDetails", javaAdapter_, java.manager().isrAdapter().setRepositoryDetails,
+                  java1, java2, java3, static_cast<jboolean>(flag ? JNI_TRUE : JNI_FALSE), java5, java6,
+                  static_cast<jint>(value));
+  debugExit(function, token);
+}
+
+void KorISRAdapterImpl::migratePoliciesFromISR() {
+  const char* const function = "KorISRAdapterImpl::migratePoliciesFromISR";
+  KorLogToken token = debugEntry(function);
+  KorJniCallScope java(function, token);
+  const auto& migration = java.manager().isrMigration();
+  const char* const instanceLabel = "ISRMigration_getInstance";
+  jobject migrator =
+      java.nonNull(instanceLabel, java.callStatic<jobject>(instanceLabel, migration.cls, migration.getInstance));
+  // The Java side reports a failed migration through an exception; its
+  // result says nothing more.
+  java.call<bool>("method_com_vantor_broker_isr_migration_ISRMigration_migrateISR", migrator,
+                  migration.migrateISR);
+  debugExit(function, token);
+}
+
+void KorISRAdapterImpl::stopMessageFlow(const KorWstring& text1, const KorWstring& text2,
+                                        const KorWstring& text3, const KorWstring& text4) {
+  const char* const function = "KorISRAdapterImpl::stopMessageFlow";
+  KorLogToken token = debugEntry(function, {text1, text2, text3, text4});
+  KorJniCallScope java(function, token);
+  const auto& proxy = java.manager().messageFlowProxy();
+  jstring java1 = java.string(text1);
+  jstring java2 = java.string(text2);
+  jstring java3 = java.string(text3);
+  jstring java4 = java.string(text4);
+  java.callStatic<void>("MessageFlowProxy_stopMessageFlow", proxy.cls, proxy.stopMessageFlow, java1, java2, java3,
+                        java4);
+  debugExit(function, token);
+}

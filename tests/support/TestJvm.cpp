@@ -1,0 +1,176 @@
+#include "TestJvm.hpp"
+
+#include <KorJVM.hpp>
+
+#include <jvmti.h>
+
+#include <atomic>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <mutex>
+#include <sstream>
+
+namespace {
+
+std::atomic<int> unexpectedWarnings{0};
+std::mutex outputLock;
+std::string pendingLine;
+
+bool isUnexpectedWarning(const std::string& line) {
+  bool warning = line.find("WARNING") != std::string::npos || line.rfind("Warning:", 0) == 0;
+  return warning && line.find("exceeds capacity") == std::string::npos;
+}
+
+jint JNICALL countingVfprintf(FILE* stream, const char* format, va_list args) {
+  char buffer[8192];
+  int length = std::vsnprintf(buffer, sizeof buffer, format, args);
+  std::fputs(buffer, stream);
+  std::lock_guard<std::mutex> guard(outputLock);
+  pendingLine += buffer;
+  for (auto end = pendingLine.find('\n'); end != std::string::npos; end = pendingLine.find('\n')) {
+    if (isUnexpectedWarning(pendingLine.substr(0, end))) {
+      ++unexpectedWarnings;
+    }
+    pendingLine.erase(0, end + 1);
+  }
+  return length;
+}
+
+// The JNI function table as the JVM had it, and the interposed entries.
+jniNativeInterface original;
+thread_local int frameDepth = 0;
+thread_local bool nullNextNewObject = false;
+jvmtiEnv* jvmti = nullptr;
+
+jint JNICALL pushLocalFrame(JNIEnv* env, jint capacity) {
+  jint result = original.PushLocalFrame(env, capacity);
+  if (result == JNI_OK) {
+    ++frameDepth;
+  }
+  return result;
+}
+
+jobject JNICALL popLocalFrame(JNIEnv* env, jobject result) {
+  --frameDepth;
+  return original.PopLocalFrame(env, result);
+}
+
+jobject JNICALL newObject(JNIEnv* env, jclass cls, jmethodID constructor, ...) {
+  if (nullNextNewObject) {
+    nullNextNewObject = false;
+    return nullptr;
+  }
+  va_list args;
+  va_start(args, constructor);
+  jobject object = original.NewObjectV(env, cls, constructor, args);
+  va_end(args);
+  return object;
+}
+
+void interposeJniFunctions(JavaVM* vm) {
+  ASSERT_EQ(vm->GetEnv(reinterpret_cast<void**>(&jvmti), JVMTI_VERSION_1_2), JNI_OK);
+  jvmtiCapabilities capabilities{};
+  capabilities.can_tag_objects = 1;
+  ASSERT_EQ(jvmti->AddCapabilities(&capabilities), JVMTI_ERROR_NONE);
+  jniNativeInterface* table = nullptr;
+  ASSERT_EQ(jvmti->GetJNIFunctionTable(&table), JVMTI_ERROR_NONE);
+  original = *table;
+  table->PushLocalFrame = pushLocalFrame;
+  table->PopLocalFrame = popLocalFrame;
+  table->NewObject = newObject;
+  ASSERT_EQ(jvmti->SetJNIFunctionTable(table), JVMTI_ERROR_NONE);
+  jvmti->Deallocate(reinterpret_cast<unsigned char*>(table));
+}
+
+void createJvm() {
+  KorJVMOptions options;
+  std::stringstream classPath(LEGIORRUG_TEST_CLASSPATH);
+  for (std::string entry; std::getline(classPath, entry, ':');) {
+    options.classPath.push_back(entry);
+  }
+  options.options = {"-Xcheck:jni", "-Xmx256m", "-XX:+UseSerialGC", "-Djava.awt.headless=true"};
+  options.vfprintfHook = countingVfprintf;
+  KorJVM::create(options);
+  interposeJniFunctions(KorJVM::javaVM());
+}
+
+jint JNICALL countGlobalRoot(jvmtiHeapReferenceKind kind, const jvmtiHeapReferenceInfo*, jlong, jlong, jlong,
+                             jlong*, jlong*, jint, void* count) {
+  if (kind == JVMTI_HEAP_REFERENCE_JNI_GLOBAL) {
+    ++*static_cast<long*>(count);
+  }
+  return 0; // roots only: nothing below them matters here
+}
+
+} // namespace
+
+JNIEnv* TestJvm::env() {
+  static std::once_flag created;
+  std::call_once(created, createJvm);
+  return KorJVM::getEnvironment();
+}
+
+int TestJvm::unexpectedJniWarnings() {
+  return unexpectedWarnings;
+}
+
+int TestJvm::localFrameDepth() {
+  return frameDepth;
+}
+
+long TestJvm::globalReferenceCount() {
+  env();
+  jvmtiHeapCallbacks callbacks{};
+  callbacks.heap_reference_callback = countGlobalRoot;
+  long count = 0;
+  EXPECT_EQ(jvmti->FollowReferences(0, nullptr, nullptr, &callbacks, &count), JVMTI_ERROR_NONE);
+  return count;
+}
+
+void TestJvm::failNextNewObject() {
+  nullNextNewObject = true;
+}
+
+jobject TestJvm::callStatic(const char* className, const char* method, const char* signature, ...) {
+  JNIEnv* jni = env();
+  jclass cls = jni->FindClass(className);
+  EXPECT_NE(cls, nullptr) << className;
+  jmethodID id = cls != nullptr ? jni->GetStaticMethodID(cls, method, signature) : nullptr;
+  EXPECT_NE(id, nullptr) << className << "." << method << signature;
+  jobject result = nullptr;
+  if (id != nullptr) {
+    va_list args;
+    va_start(args, signature);
+    const char* returnType = std::strrchr(signature, ')') + 1;
+    if (*returnType == 'V') {
+      jni->CallStaticVoidMethodV(cls, id, args);
+    } else {
+      result = jni->CallStaticObjectMethodV(cls, id, args);
+    }
+    va_end(args);
+  }
+  if (jni->ExceptionCheck()) {
+    jni->ExceptionDescribe();
+    jni->ExceptionClear();
+    ADD_FAILURE() << "Java exception from " << className << "." << method;
+  }
+  jni->DeleteLocalRef(cls);
+  return result;
+}
+
+jstring TestJvm::string(const std::string& utf8) {
+  return env()->NewStringUTF(utf8.c_str());
+}
+
+void JvmTest::SetUp() {
+  env = TestJvm::env();
+  warningsBefore_ = TestJvm::unexpectedJniWarnings();
+  framesBefore_ = TestJvm::localFrameDepth();
+}
+
+void JvmTest::TearDown() {
+  EXPECT_FALSE(env->ExceptionCheck()) << "a Java exception was left pending";
+  EXPECT_EQ(TestJvm::localFrameDepth(), framesBefore_) << "local frames pushed and popped do not match";
+  EXPECT_EQ(TestJvm::unexpectedJniWarnings(), warningsBefore_) << "the JVM printed JNI warnings";
+}

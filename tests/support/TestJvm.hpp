@@ -1,0 +1,48 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <jni.h>
+
+#include <string>
+
+// The test process's JVM: created once, on first use, under -Xcheck:jni,
+// with the class path the test executable was built with. Everything the
+// JVM prints passes through a hook that counts JNI warnings.
+class TestJvm {
+public:
+  static JNIEnv* env();
+
+  // JNI warnings so far, except "exceeds capacity" ones, which the listings
+  // cause by design.
+  static int unexpectedJniWarnings();
+
+  // PushLocalFrame minus PopLocalFrame calls made on this thread.
+  static int localFrameDepth();
+
+  // The JVM's JNI global references, counted as heap roots.
+  static long globalReferenceCount();
+
+  // Makes the next NewObject call on this thread return null with no
+  // exception pending, as no real JVM does but a broken one could.
+  static void failNextNewObject();
+
+  // A static Java call for test setup; the class is found by the system
+  // class loader. Any Java exception fails the test.
+  static jobject callStatic(const char* className, const char* method, const char* signature, ...);
+  static jstring string(const std::string& utf8);
+};
+
+// Base of the tests that use the JVM: each test must leave no Java
+// exception pending, no unexpected JNI warning and the thread's local frame
+// depth where it found it.
+class JvmTest : public ::testing::Test {
+protected:
+  void SetUp() override;
+  void TearDown() override;
+
+  JNIEnv* env = nullptr;
+
+private:
+  int warningsBefore_ = 0;
+  int framesBefore_ = 0;
+};
