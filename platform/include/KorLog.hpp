@@ -15,14 +15,22 @@ class KorNamedLogSource;
 
 using KorLogToken = std::uint64_t;
 
-// One insert of a trace record, already rendered as text.
+// One insert of a trace record, already rendered as text: integers in
+// decimal, bool as true/false, addresses as 0x hex. A null text is empty;
+// each invalid UTF-8 sequence becomes U+FFFD, so tracing never fails on text.
 class KorLogInsert {
 public:
   KorLogInsert(const KorWstring& text) : text_(text) {}
   KorLogInsert(const char* utf8);
+  // Without this a wide literal would bind to const void* and print as an address.
+  KorLogInsert(const wchar_t* literal);
   KorLogInsert(long long value);
+  KorLogInsert(unsigned long long value);
   KorLogInsert(int value) : KorLogInsert(static_cast<long long>(value)) {}
   KorLogInsert(unsigned value) : KorLogInsert(static_cast<long long>(value)) {}
+  // size_t and jlong would otherwise be ambiguous.
+  KorLogInsert(long value) : KorLogInsert(static_cast<long long>(value)) {}
+  KorLogInsert(unsigned long value) : KorLogInsert(static_cast<unsigned long long>(value)) {}
   KorLogInsert(bool value);
   KorLogInsert(const void* address);
 
@@ -49,10 +57,11 @@ public:
   virtual void write(const KorLogRecord& record) = 0;
 };
 
-// One line per record, for people: to stderr, or to a file it opens.
+// One line per record, for people, as toString() renders it: to stderr, or
+// appended to a file it opens. Each line is flushed as it is written.
 class KorLogTextSink : public KorLogSink {
 public:
-  KorLogTextSink(); // stderr
+  KorLogTextSink();                                 // stderr
   explicit KorLogTextSink(const std::string& path); // throws std::system_error
   ~KorLogTextSink() override;
   void write(const KorLogRecord& record) override;
@@ -104,4 +113,7 @@ public:
   static std::shared_ptr<KorLogSink> setSink(std::shared_ptr<KorLogSink> sink);
 };
 
+// One line: kind, function, [source], #token, then each insert in double
+// quotes with \\, \", control characters and DEL escaped, e.g.
+//   trace KorISRAdapterStub::getBTD [KorDefaultLogSource] #7 "Throwing exception" "42"
 std::string toString(const KorLogRecord& record);

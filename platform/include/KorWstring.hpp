@@ -23,7 +23,9 @@ public:
   KorWstring& operator=(KorWstring&& other) noexcept;
   ~KorWstring();
 
-  // Throws KorWstringEncodingError naming the byte offset of invalid UTF-8.
+  // Strict: overlong forms, encoded surrogates, values above U+10FFFF and
+  // truncated sequences throw KorWstringEncodingError, whose offset is the
+  // first byte of the offending sequence.
   static KorWstring fromUtf8(std::string_view utf8);
   // A lone surrogate becomes U+FFFD; everything else round-trips.
   std::string toUtf8() const;
@@ -36,6 +38,9 @@ public:
   KorWstring& operator+=(const KorWstring& tail);
   KorWstring& append(const CodeUnit* units, std::size_t count);
   void clear() noexcept;
+  // Sets the length and returns the units for the caller to fill, unshared:
+  // the first min(old, new) keep their values, the rest are unspecified.
+  CodeUnit* resizeForOverwrite(std::size_t length);
 
   bool sharesBufferWith(const KorWstring& other) const noexcept {
     return buffer_ != nullptr && buffer_ == other.buffer_;
@@ -65,15 +70,15 @@ private:
 };
 
 namespace KorWstringConvertor {
-// wchar_t is UTF-32 here: code points above U+FFFF become surrogate pairs.
-// A value above U+10FFFF throws KorWstringEncodingError.
+// wchar_t is UTF-32 here: code points above U+FFFF become surrogate pairs and
+// a value in D800-DFFF passes through as that unit. A value above U+10FFFF
+// throws KorWstringEncodingError with the index of the wide character.
 KorWstring toKorWstring(const wchar_t* literal);
 } // namespace KorWstringConvertor
 
 // The key order of every ordered map of the registry: a shared buffer is
 // equal, otherwise unsigned code-unit order with a prefix first.
-template <>
-struct std::less<KorWstring> {
+template <> struct std::less<KorWstring> {
   bool operator()(const KorWstring& a, const KorWstring& b) const noexcept {
     if (a.sharesBufferWith(b)) {
       return false;
