@@ -1,0 +1,29 @@
+#include "KorISRService.hpp"
+
+namespace {
+
+const wchar_t* const serviceLogSource = L"KorISRService";
+
+} // namespace
+
+KorISRService::KorISRService() : KorNamedLogSource(serviceLogSource) {}
+
+KorISRService::KorISRService(const KorWstring& serviceName, const KorWstring& namespaceOfService)
+    : KorNamedLogSource(serviceLogSource), name(serviceName), serviceNamespace(namespaceOfService) {}
+
+KorISRService::KorISRService(const KorWstring& serviceName, const KorWstring& namespaceOfService,
+                             const KorWstring& serviceDocument)
+    : KorNamedLogSource(serviceLogSource), name(serviceName), serviceNamespace(namespaceOfService),
+      document(serviceDocument) {}
+
+KorISRService::KorISRService(const KorISRService& other) = default;
+
+// The target keeps its own log-source settings.
+KorISRService& KorISRService::operator=(const KorISRService& other) {
+  name = other.name;
+  serviceNamespace = other.serviceNamespace;
+  document = other.document;
+  return *this;
+}
+
+KorISRService::~KorISRService() = default;
