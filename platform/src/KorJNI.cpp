@@ -15,18 +15,23 @@ jobject registryLoader = nullptr; // global reference; null means the system loa
   throw KorJNI::Failure{kind, className, memberName};
 }
 
+// Each helper returns null with the Java exception still pending when a
+// JNI call fails, and makes no further JNI call after it.
 jobject systemClassLoader(JNIEnv* env) {
-  jclass loaderClass = env->FindClass("java/lang/ClassLoader");
-  if (loaderClass == nullptr) {
+  KorLocalRef<jclass> loaderClass(env, env->FindClass("java/lang/ClassLoader"));
+  if (!loaderClass) {
     return nullptr;
   }
-  KorLocalRef<jclass> guard(env, loaderClass);
   jmethodID getSystem =
-      env->GetStaticMethodID(loaderClass, "getSystemClassLoader", "()Ljava/lang/ClassLoader;");
-  return getSystem == nullptr ? nullptr : env->CallStaticObjectMethod(loaderClass, getSystem);
+      env->GetStaticMethodID(loaderClass.get(), "getSystemClassLoader", "()Ljava/lang/ClassLoader;");
+  if (getSystem == nullptr) {
+    return nullptr;
+  }
+  jobject loader = env->CallStaticObjectMethod(loaderClass.get(), getSystem);
+  return env->ExceptionCheck() ? nullptr : loader;
 }
 
-// A new local reference to the class, or null with a Java exception pending.
+// A new local reference to the class.
 jclass loadClass(JNIEnv* env, jobject loader, const char* internalName) {
   std::string binaryName(internalName);
   for (char& c : binaryName) {
@@ -35,13 +40,16 @@ jclass loadClass(JNIEnv* env, jobject loader, const char* internalName) {
     }
   }
   KorLocalRef<jstring> name(env, env->NewStringUTF(binaryName.c_str()));
-  jclass loaderClass = env->GetObjectClass(loader);
-  KorLocalRef<jclass> loaderClassGuard(env, loaderClass);
-  jmethodID load = env->GetMethodID(loaderClass, "loadClass", "(Ljava/lang/String;)Ljava/lang/Class;");
-  if (name.get() == nullptr || load == nullptr) {
+  if (!name) {
     return nullptr;
   }
-  return static_cast<jclass>(env->CallObjectMethod(loader, load, name.get()));
+  KorLocalRef<jclass> loaderClass(env, env->GetObjectClass(loader));
+  jmethodID load = env->GetMethodID(loaderClass.get(), "loadClass", "(Ljava/lang/String;)Ljava/lang/Class;");
+  if (load == nullptr) {
+    return nullptr;
+  }
+  jobject cls = env->CallObjectMethod(loader, load, name.get());
+  return env->ExceptionCheck() ? nullptr : static_cast<jclass>(cls);
 }
 
 } // namespace
@@ -59,7 +67,7 @@ void KorJNI::findClassesAndMethodsUsingISRClassLoader(const ClassInfo* table, JN
 
   for (const ClassInfo* row = table; row->classSlot != nullptr; ++row) {
     jclass local = loadClass(env, loader, row->className);
-    if (local == nullptr || env->ExceptionCheck()) {
+    if (local == nullptr) {
       fail(env, 0, row->className, nullptr);
     }
     KorLocalRef<jclass> localGuard(env, local);

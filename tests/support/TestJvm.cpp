@@ -56,14 +56,20 @@ jobject JNICALL popLocalFrame(JNIEnv* env, jobject result) {
   return original.PopLocalFrame(env, result);
 }
 
-jobject JNICALL newObject(JNIEnv* env, jclass cls, jmethodID constructor, ...) {
+// Under -Xcheck:jni the checked NewObject reaches the table below it
+// through NewObjectV, so both entries are interposed.
+jobject JNICALL newObjectV(JNIEnv* env, jclass cls, jmethodID constructor, va_list args) {
   if (nullNextNewObject) {
     nullNextNewObject = false;
     return nullptr;
   }
+  return original.NewObjectV(env, cls, constructor, args);
+}
+
+jobject JNICALL newObject(JNIEnv* env, jclass cls, jmethodID constructor, ...) {
   va_list args;
   va_start(args, constructor);
-  jobject object = original.NewObjectV(env, cls, constructor, args);
+  jobject object = newObjectV(env, cls, constructor, args);
   va_end(args);
   return object;
 }
@@ -79,6 +85,7 @@ void interposeJniFunctions(JavaVM* vm) {
   table->PushLocalFrame = pushLocalFrame;
   table->PopLocalFrame = popLocalFrame;
   table->NewObject = newObject;
+  table->NewObjectV = newObjectV;
   ASSERT_EQ(jvmti->SetJNIFunctionTable(table), JVMTI_ERROR_NONE);
   jvmti->Deallocate(reinterpret_cast<unsigned char*>(table));
 }
@@ -156,6 +163,29 @@ jobject TestJvm::callStatic(const char* className, const char* method, const cha
     ADD_FAILURE() << "Java exception from " << className << "." << method;
   }
   jni->DeleteLocalRef(cls);
+  return result;
+}
+
+jobject TestJvm::callObject(jobject target, const char* method, const char* signature) {
+  JNIEnv* jni = env();
+  jclass cls = jni->GetObjectClass(target);
+  jmethodID id = jni->GetMethodID(cls, method, signature);
+  EXPECT_NE(id, nullptr) << method << signature;
+  jobject result = id != nullptr ? jni->CallObjectMethod(target, id) : nullptr;
+  if (jni->ExceptionCheck()) {
+    jni->ExceptionDescribe();
+    jni->ExceptionClear();
+    ADD_FAILURE() << "Java exception from " << method;
+  }
+  jni->DeleteLocalRef(cls);
+  return result;
+}
+
+std::string TestJvm::utf8(jobject string) {
+  JNIEnv* jni = env();
+  const char* chars = jni->GetStringUTFChars(static_cast<jstring>(string), nullptr);
+  std::string result(chars);
+  jni->ReleaseStringUTFChars(static_cast<jstring>(string), chars);
   return result;
 }
 

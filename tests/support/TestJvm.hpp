@@ -29,7 +29,10 @@ public:
   // A static Java call for test setup; the class is found by the system
   // class loader. Any Java exception fails the test.
   static jobject callStatic(const char* className, const char* method, const char* signature, ...);
+  // An instance call returning an object; any Java exception fails the test.
+  static jobject callObject(jobject target, const char* method, const char* signature);
   static jstring string(const std::string& utf8);
+  static std::string utf8(jobject string);
 };
 
 // Base of the tests that use the JVM: each test must leave no Java

@@ -1,0 +1,43 @@
+# Runs the shell once and checks what it did: cmake -P check.cmake with
+#   PROGRAM      the shell
+#   ARGS         its arguments (a list)
+#   INPUT        file for standard input (default: empty)
+#   STATUS       expected exit status
+#   STDOUT       file with the exact expected standard output (optional)
+#   STDERR       regular expression standard error must match (optional)
+#   BARE         ON: run a copy of the program that has no bundled jars beside it
+cmake_minimum_required(VERSION 3.25)
+
+set(program "${PROGRAM}")
+if(BARE)
+  set(bare_dir "${CMAKE_CURRENT_BINARY_DIR}/bare-${STATUS}")
+  file(REMOVE_RECURSE "${bare_dir}")
+  file(COPY "${PROGRAM}" DESTINATION "${bare_dir}/bin")
+  get_filename_component(name "${PROGRAM}" NAME)
+  set(program "${bare_dir}/bin/${name}")
+endif()
+if(NOT INPUT)
+  set(INPUT /dev/null)
+endif()
+
+execute_process(COMMAND "${program}" ${ARGS}
+  INPUT_FILE "${INPUT}" OUTPUT_VARIABLE out ERROR_VARIABLE err RESULT_VARIABLE status)
+
+set(failed "")
+if(NOT status STREQUAL STATUS)
+  string(APPEND failed "exit status ${status}, expected ${STATUS}\n")
+endif()
+if(STDOUT)
+  file(READ "${STDOUT}" expected)
+  if(NOT out STREQUAL expected)
+    file(WRITE "${CMAKE_CURRENT_BINARY_DIR}/actual.out" "${out}")
+    execute_process(COMMAND diff -u "${STDOUT}" "${CMAKE_CURRENT_BINARY_DIR}/actual.out" OUTPUT_VARIABLE diff)
+    string(APPEND failed "standard output differs from ${STDOUT}:\n${diff}")
+  endif()
+endif()
+if(STDERR AND NOT err MATCHES "${STDERR}")
+  string(APPEND failed "standard error does not match \"${STDERR}\"\n")
+endif()
+if(failed)
+  message(FATAL_ERROR "${program} ${ARGS}\n${failed}standard error:\n${err}")
+endif()
