@@ -1,0 +1,228 @@
+#include "Commands.hpp"
+
+#include "Utf.hpp"
+
+#include <KorISRAdapterStub.hpp>
+
+#include <charconv>
+#include <limits>
+
+KorWstring Arguments::text(std::size_t index) const {
+  return KorWstring(words_.at(index));
+}
+
+KorWstring Arguments::optionalText(std::size_t index) const {
+  return index < words_.size() ? text(index) : KorWstring();
+}
+
+std::vector<KorWstring> Arguments::textsFrom(std::size_t index) const {
+  std::vector<KorWstring> texts;
+  for (; index < words_.size(); ++index) {
+    texts.push_back(text(index));
+  }
+  return texts;
+}
+
+bool Arguments::flag(std::size_t index) const {
+  const std::u16string& word = words_.at(index);
+  if (word == u"true" || word == u"false") {
+    return word == u"true";
+  }
+  throw badValue(index, "true or false");
+}
+
+int Arguments::integer(std::size_t index) const {
+  const std::u16string& word = words_.at(index);
+  std::string ascii;
+  for (char16_t unit : word) {
+    ascii += unit < 0x80 ? static_cast<char>(unit) : '?';
+  }
+  int value = 0;
+  auto [end, error] = std::from_chars(ascii.data(), ascii.data() + ascii.size(), value);
+  if (ascii.empty() || error != std::errc() || end != ascii.data() + ascii.size()) {
+    throw badValue(index, "a decimal integer from " + std::to_string(std::numeric_limits<int>::min()) +
+                              " to " + std::to_string(std::numeric_limits<int>::max()));
+  }
+  return value;
+}
+
+UsageError Arguments::badValue(std::size_t index, const std::string& expected) const {
+  std::size_t start = 0;
+  for (std::size_t skipped = 0; skipped < index; ++skipped) {
+    start = parameters_.find(' ', start) + 1;
+  }
+  std::string_view name = parameters_.substr(start, parameters_.find(' ', start) - start);
+  return UsageError{"argument " + std::to_string(index + 1) + " (" + std::string(name) + ") must be " +
+                    expected + ", not " + quote(words_.at(index))};
+}
+
+namespace {
+
+using A = KorISRAdapter;
+using Args = Arguments;
+using Out = Outcome;
+
+// The adapter's operations in their interface order, then the stub's reset.
+const std::vector<Command> table = {
+    {"migratePoliciesFromISR", "", [](A& a, const Args&, Out&) { a.migratePoliciesFromISR(); }},
+    {"createPolicy", "TYPE NAME DOCUMENT [URI]",
+     [](A& a, const Args& x, Out& o) {
+       a.createPolicy(x.text(0), x.text(1), x.text(2), o.parameter("uri", x.optionalText(3)));
+     }},
+    {"updatePolicy", "TYPE NAME DOCUMENT [URI]",
+     [](A& a, const Args& x, Out& o) {
+       a.updatePolicy(x.text(0), x.text(1), x.text(2), o.parameter("uri", x.optionalText(3)));
+     }},
+    {"policyExists", "TYPE NAME",
+     [](A& a, const Args& x, Out& o) { o.result = a.policyExists(x.text(0), x.text(1)); }},
+    {"getPolicy", "TYPE NAME [DOCUMENT] [URI]",
+     [](A& a, const Args& x, Out& o) {
+       KorWstring& document = o.parameter("document", x.optionalText(2));
+       a.getPolicy(x.text(0), x.text(1), document, o.parameter("uri", x.optionalText(3)));
+     }},
+    {"deletePolicy", "TYPE NAME", [](A& a, const Args& x, Out&) { a.deletePolicy(x.text(0), x.text(1)); }},
+    {"createBTD", "NAME CONTENT [URI]",
+     [](A& a, const Args& x, Out& o) {
+       a.createBTD(x.text(0), x.text(1), o.parameter("uri", x.optionalText(2)));
+     }},
+    {"updateBTD", "NAME CONTENT [URI]",
+     [](A& a, const Args& x, Out& o) {
+       a.updateBTD(x.text(0), x.text(1), o.parameter("uri", x.optionalText(2)));
+     }},
+    {"btdExists", "NAME", [](A& a, const Args& x, Out& o) { o.result = a.btdExists(x.text(0)); }},
+    {"getBTD", "NAME [CONTENT] [URI]",
+     [](A& a, const Args& x, Out& o) {
+       KorWstring& content = o.parameter("content", x.optionalText(1));
+       a.getBTD(x.text(0), content, o.parameter("uri", x.optionalText(2)));
+     }},
+    {"deleteBTD", "NAME", [](A& a, const Args& x, Out&) { a.deleteBTD(x.text(0)); }},
+    {"listBTDs", "[URI...]",
+     [](A& a, const Args& x, Out& o) { a.listBTDs(o.parameter("uris", x.textsFrom(0))); }},
+    {"getBTDNames", "[NAMES]",
+     [](A& a, const Args& x, Out& o) { o.result = a.getBTDNames(o.parameter("names", x.optionalText(0))); }},
+    {"getPolicyNames", "TYPE [NAMES]",
+     [](A& a, const Args& x, Out& o) {
+       o.result = a.getPolicyNames(x.text(0), o.parameter("names", x.optionalText(1)));
+     }},
+    {"setRepositoryDetails", "T1 T2 T3 FLAG T5 T6 INT",
+     [](A& a, const Args& x, Out&) {
+       bool flag = x.flag(3);
+       int value = x.integer(6);
+       a.setRepositoryDetails(x.text(0), x.text(1), x.text(2), flag, x.text(4), x.text(5), value);
+     }},
+    {"createService", "NAME NAMESPACE DOCUMENT",
+     [](A& a, const Args& x, Out&) { a.createService(x.text(0), x.text(1), x.text(2)); }},
+    {"getServices", "", [](A& a, const Args&, Out& o) { o.result = a.getServices(); }},
+    {"getService", "NAME",
+     [](A& a, const Args& x, Out& o) {
+       o.result = a.getService(x.text(0), o.parameter("service", KorISRService()));
+     }},
+    {"serviceExists", "NAME NAMESPACE",
+     [](A& a, const Args& x, Out& o) { o.result = a.serviceExists(x.text(0), x.text(1)); }},
+    {"deleteService", "NAME", [](A& a, const Args& x, Out&) { a.deleteService(x.text(0)); }},
+    {"stopMessageFlow", "T1 T2 T3 T4",
+     [](A& a, const Args& x, Out&) { a.stopMessageFlow(x.text(0), x.text(1), x.text(2), x.text(3)); }},
+    {"reset", "",
+     [](A& a, const Args&, Out&) {
+       auto* stub = dynamic_cast<KorISRAdapterStub*>(&a);
+       if (stub == nullptr) {
+         throw UsageError{"reset works on the in-memory registry only (--container-kind 1)"};
+       }
+       stub->reset();
+     }},
+};
+
+struct ArgumentCount {
+  std::size_t min = 0;
+  std::size_t max = 0;
+};
+
+ArgumentCount countOf(std::string_view parameters) {
+  ArgumentCount count;
+  std::size_t start = 0;
+  while ((start = parameters.find_first_not_of(' ', start)) != std::string_view::npos) {
+    std::size_t end = std::min(parameters.find(' ', start), parameters.size());
+    std::string_view word = parameters.substr(start, end - start);
+    if (word.front() != '[') {
+      ++count.min;
+    }
+    count.max = word.size() > 4 && word.substr(word.size() - 4) == "...]"
+                    ? std::numeric_limits<std::size_t>::max()
+                    : count.max + 1;
+    start = end;
+  }
+  return count;
+}
+
+std::string describeCount(const Command& command) {
+  ArgumentCount count = countOf(command.parameters);
+  std::string takes =
+      count.max == std::numeric_limits<std::size_t>::max() ? "at least " + std::to_string(count.min)
+      : count.min == count.max                             ? std::to_string(count.min)
+                               : std::to_string(count.min) + " to " + std::to_string(count.max);
+  std::string usage = std::string(command.name);
+  if (!command.parameters.empty()) {
+    usage += " " + std::string(command.parameters);
+  }
+  return std::string(command.name) + " takes " + takes + (count.max == 1 ? " argument" : " arguments") +
+         ": " + usage;
+}
+
+} // namespace
+
+const std::vector<Command>& commands() {
+  return table;
+}
+
+int Report::status() const {
+  if (ok()) {
+    return 0;
+  }
+  return std::holds_alternative<UsageError>(failure) ? 2 : 1;
+}
+
+std::optional<Report> runLine(KorISRAdapter& adapter, std::size_t lineNumber, std::string_view line) {
+  Report report;
+  report.line = lineNumber;
+  auto split = splitLine(line);
+  if (auto* error = std::get_if<LineError>(&split)) {
+    report.failure = UsageError{error->message};
+    return report;
+  }
+  Words& words = std::get<Words>(split);
+  if (words.empty()) {
+    return std::nullopt;
+  }
+  std::u16string name = words.front();
+  words.erase(words.begin());
+  report.op = toWtf8(name);
+
+  const Command* command = nullptr;
+  for (const Command& candidate : table) {
+    if (name.size() == candidate.name.size() &&
+        std::equal(name.begin(), name.end(), candidate.name.begin())) {
+      command = &candidate;
+    }
+  }
+  if (command == nullptr) {
+    report.failure = UsageError{"unknown command " + quote(name) + " (legiorrug --help lists the commands)"};
+    return report;
+  }
+  ArgumentCount count = countOf(command->parameters);
+  if (words.size() < count.min || words.size() > count.max) {
+    report.failure = UsageError{describeCount(*command) + ", not " + std::to_string(words.size())};
+    return report;
+  }
+
+  try {
+    command->run(adapter, Arguments(words, command->parameters), report.outcome);
+  } catch (const UsageError& error) {
+    report.outcome = Outcome();
+    report.failure = error;
+  } catch (const KorException& error) {
+    report.failure = error.clone();
+  } catch (const std::exception& error) {
+    report.failure = InternalError{error.what()};
+  }
+  return report;
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+struct Options {
+  std::int32_t containerKind = 0;
+  std::string name;
+  std::vector<std::string> classPath;
+  std::vector<std::string> jvmOptions;
+  std::optional<int> trace;
+  std::string traceFile;
+  bool json = false;
+  std::string scriptFile; // empty: standard input
+};
+
+// The options, or the exit status when the program stops here (after --help
+// or a bad option, both reported already).
+std::variant<Options, int> parseOptions(int argc, char** argv);
