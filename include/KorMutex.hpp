@@ -195,12 +195,12 @@ private:
   }
 
   // The eye-catcher, version and length are there for memory dumps.
-  char eyeCatcher_[8];
+  char eyeCatcher_[8]{};
   [[maybe_unused]] std::int32_t version_ = 8;
   [[maybe_unused]] std::int32_t length_ = sizeof(KorMutex);
   std::int32_t state_ = 0;
-  pthread_mutex_t guard_;
-  pthread_cond_t released_;
+  pthread_mutex_t guard_{};
+  pthread_cond_t released_{};
   std::int32_t free_ = 1;
   pthread_t owner_ = pthread_t();
   std::int32_t holdCount_ = 0;
@@ -225,7 +225,7 @@ public:
   }
 
 private:
-  char eyeCatcher_[8]; // with the next two fields, for memory dumps
+  char eyeCatcher_[8]{}; // with the next two fields, for memory dumps
   [[maybe_unused]] std::int32_t reserved_ = 0;
   [[maybe_unused]] std::int32_t length_ = sizeof(KorMutexLock);
   KorMutex* mutex_;

@@ -15,6 +15,7 @@ class KorException;
 class KorExceptionInsert {
 public:
   explicit KorExceptionInsert(KorWstring text) : text_(std::move(text)) {}
+  // NOLINTNEXTLINE(bugprone-throw-keyword-missing): the nested item is kept, not raised.
   explicit KorExceptionInsert(std::shared_ptr<const KorException> nested) : nested_(std::move(nested)) {}
 
   bool isNested() const noexcept { return nested_ != nullptr; }

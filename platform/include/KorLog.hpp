@@ -107,7 +107,7 @@ public:
   static void debugExit(const char* function, KorLogToken token, Inserts inserts = {});
   static void debugTrace(const char* function, KorLogToken token, Inserts inserts);
 
-  static void write(KorLogRecord record);
+  static void write(const KorLogRecord& record);
 
   // The host's choice; null discards. Returns the sink it replaces.
   static std::shared_ptr<KorLogSink> setSink(std::shared_ptr<KorLogSink> sink);

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <functional>
+#include <limits>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -58,6 +60,31 @@ private:
 
   Buffer* buffer_ = nullptr;
 };
+
+// The units follow the header in the same allocation, so a string costs one
+// allocation and a copy none. Defined here so that the readers inline: map
+// lookups compare keys through them.
+struct KorWstring::Buffer {
+  std::atomic<std::size_t> references;
+  std::size_t length;
+  std::size_t capacity;
+
+  CodeUnit* units() noexcept { return reinterpret_cast<CodeUnit*>(this + 1); }
+
+  static constexpr std::size_t maxCapacity() noexcept {
+    return (std::numeric_limits<std::size_t>::max() - sizeof(Buffer)) / sizeof(CodeUnit);
+  }
+  static Buffer* allocate(std::size_t capacity);
+  static void free(Buffer* buffer) noexcept;
+};
+
+inline std::size_t KorWstring::length() const noexcept {
+  return buffer_ != nullptr ? buffer_->length : 0;
+}
+
+inline const KorWstring::CodeUnit* KorWstring::data() const noexcept {
+  return buffer_ != nullptr ? buffer_->units() : u"";
+}
 
 class KorWstringEncodingError : public std::invalid_argument {
 public:

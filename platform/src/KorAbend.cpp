@@ -31,7 +31,7 @@ void reportSystemError(const char* sourceFile, int sourceLine, const char* funct
     const std::string line = toString(record) + '\n';
     std::fwrite(line.data(), 1, line.size(), stderr);
     std::fflush(stderr);
-    KorLog::write(std::move(record));
+    KorLog::write(record);
   } catch (...) {
   }
 }

@@ -94,6 +94,7 @@ void KorJVM::create(const KorJVMOptions& options) {
   texts.insert(texts.end(), options.options.begin(), options.options.end());
 
   std::vector<JavaVMOption> vmOptions;
+  vmOptions.reserve(texts.size() + 1);
   for (auto& text : texts) {
     vmOptions.push_back({text.data(), nullptr});
   }

@@ -9,14 +9,20 @@
 
 namespace {
 
-// The text a Java string-returning call gives, or empty when it raised.
+// The text a Java string-returning call gives, or empty when it or the read
+// of its text raised.
 KorWstring describe(JNIEnv* env, const KorJniManager& manager, jobject target, jmethodID method) {
   KorLocalRef<jstring> string(env, static_cast<jstring>(env->CallObjectMethod(target, method)));
   if (env->ExceptionCheck()) {
     env->ExceptionClear();
     return {};
   }
-  return manager.javaStringToKorWstringInternal(env, string.get());
+  KorWstring text = manager.javaStringToKorWstringInternal(env, string.get());
+  if (env->ExceptionCheck()) {
+    env->ExceptionClear();
+    return {};
+  }
+  return text;
 }
 
 } // namespace

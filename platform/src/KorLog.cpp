@@ -229,7 +229,7 @@ void KorLog::debugTrace(const char* function, KorLogToken token, Inserts inserts
   emit(KorLogKind::debugTrace, function, defaultSourceName(), token, inserts);
 }
 
-void KorLog::write(KorLogRecord record) {
+void KorLog::write(const KorLogRecord& record) {
   if (const std::shared_ptr<KorLogSink> sink = currentSink()) {
     sink->write(record);
   }

@@ -8,39 +8,24 @@
 #include <limits>
 #include <new>
 
-// The units follow the header in the same allocation, so a string costs one
-// allocation and a copy none.
-struct KorWstring::Buffer {
-  std::atomic<std::size_t> references;
-  std::size_t length;
-  std::size_t capacity;
-
-  CodeUnit* units() noexcept { return reinterpret_cast<CodeUnit*>(this + 1); }
-
-  static constexpr std::size_t maxCapacity() noexcept {
-    return (std::numeric_limits<std::size_t>::max() - sizeof(Buffer)) / sizeof(CodeUnit);
+KorWstring::Buffer* KorWstring::Buffer::allocate(std::size_t capacity) {
+  if (capacity > maxCapacity()) {
+    throw std::length_error("KorWstring too long");
   }
+  void* memory = ::operator new(sizeof(Buffer) + capacity * sizeof(CodeUnit));
+  return new (memory) Buffer{{1}, 0, capacity};
+}
 
-  static Buffer* allocate(std::size_t capacity) {
-    if (capacity > maxCapacity()) {
-      throw std::length_error("KorWstring too long");
-    }
-    void* memory = ::operator new(sizeof(Buffer) + capacity * sizeof(CodeUnit));
-    return new (memory) Buffer{{1}, 0, capacity};
-  }
-
-  static void free(Buffer* buffer) noexcept {
-    buffer->~Buffer();
-    ::operator delete(buffer);
-  }
-};
+void KorWstring::Buffer::free(Buffer* buffer) noexcept {
+  buffer->~Buffer();
+  ::operator delete(buffer);
+}
 
 static_assert(sizeof(KorWstring::CodeUnit) == 2 && alignof(KorWstring::CodeUnit) <= alignof(std::size_t));
 
 namespace {
 
-// What an empty string points at; resizeForOverwrite(0) hands it out writable
-// for zero units.
+// What resizeForOverwrite(0) hands out: writable, for zero units.
 KorWstring::CodeUnit emptyUnits[1] = {0};
 
 constexpr char32_t replacementCharacter = 0xFFFD;
@@ -165,6 +150,9 @@ KorWstring::KorWstring(KorWstring&& other) noexcept : buffer_(other.buffer_) {
 }
 
 KorWstring& KorWstring::operator=(const KorWstring& other) noexcept {
+  if (this == &other || buffer_ == other.buffer_) {
+    return *this;
+  }
   if (other.buffer_ != nullptr) {
     other.buffer_->references.fetch_add(1, std::memory_order_relaxed);
   }
@@ -210,14 +198,6 @@ KorWstring::CodeUnit* KorWstring::reserveUnique(std::size_t capacity) {
   release();
   buffer_ = fresh;
   return fresh->units();
-}
-
-std::size_t KorWstring::length() const noexcept {
-  return buffer_ != nullptr ? buffer_->length : 0;
-}
-
-const KorWstring::CodeUnit* KorWstring::data() const noexcept {
-  return buffer_ != nullptr ? buffer_->units() : emptyUnits;
 }
 
 KorWstring& KorWstring::operator+=(const KorWstring& tail) {

@@ -4,7 +4,10 @@
 #include "KorJniCallScope.hpp"
 
 #include <KorException.hpp>
+#include <KorJVM.hpp>
 #include <KorLog.hpp>
+
+#include <utility>
 
 namespace {
 
@@ -28,20 +31,23 @@ const KorWstring& nameSeparator() {
   return separator;
 }
 
-KorLogToken debugEntry(const char* function, KorLog::Inserts inserts = {}) {
-  return debugTrace() ? KorLog::debugEntry(function, inserts) : 0;
+// The inserts are built only once the filter asks for the item: building
+// them (copies, number texts) would otherwise cost every call.
+template <typename... Inserts> KorLogToken debugEntry(const char* function, const Inserts&... inserts) {
+  return debugTrace() ? KorLog::debugEntry(function, {KorLogInsert(inserts)...}) : 0;
 }
 
-void debugExit(const char* function, KorLogToken token, KorLog::Inserts inserts = {}) {
+template <typename... Inserts>
+void debugExit(const char* function, KorLogToken token, const Inserts&... inserts) {
   if (debugTrace()) {
-    KorLog::debugExit(function, token, inserts);
+    KorLog::debugExit(function, token, {KorLogInsert(inserts)...});
   }
 }
 
 // The Java adapter's BTD calls that fill in a document: create, update.
 void storeBTD(jobject adapter, const char* function, AdapterMethod store, const char* storeLabel,
               const KorWstring& name, const KorWstring& content, KorWstring& uri) {
-  KorLogToken token = debugEntry(function, {name, content});
+  KorLogToken token = debugEntry(function, name, content);
   KorJniCallScope java(function, token);
   const auto& btd = java.manager().btdDocument();
   jstring javaName = java.string(name);
@@ -101,10 +107,13 @@ KorISRAdapterImpl::~KorISRAdapterImpl() {
   try {
     KorJniCallScope java(function, token);
     if (javaAdapter_ != nullptr) {
-      java.deleteGlobalRef("DeleteGlobalRef", javaAdapter_);
-      javaAdapter_ = nullptr;
+      java.deleteGlobalRef("DeleteGlobalRef", std::exchange(javaAdapter_, nullptr));
     }
   } catch (const KorException& error) {
+    // Only the frame failed then; DeleteGlobalRef needs none.
+    if (javaAdapter_ != nullptr) {
+      KorJVM::getEnvironment()->DeleteGlobalRef(std::exchange(javaAdapter_, nullptr));
+    }
     if (plainTrace()) {
       KorLog::trace(function, token, {"Java adapter not released", error.what()});
     }
@@ -116,11 +125,11 @@ KorISRAdapterImpl::~KorISRAdapterImpl() {
 
 bool KorISRAdapterImpl::btdExists(const KorWstring& name) {
   const char* const function = "KorISRAdapterImpl::btdExists";
-  KorLogToken token = debugEntry(function, {name});
+  KorLogToken token = debugEntry(function, name);
   KorJniCallScope java(function, token);
   bool exists = java.call<bool>("PolicyRespositoryManager_btdExists", javaAdapter_,
                                 java.manager().isrAdapter().btdExists, java.string(name));
-  debugExit(function, token, {exists ? 1 : 0});
+  debugExit(function, token, exists ? 1 : 0);
   return exists;
 }
 
@@ -136,7 +145,7 @@ void KorISRAdapterImpl::updateBTD(const KorWstring& name, const KorWstring& cont
 
 void KorISRAdapterImpl::getBTD(const KorWstring& name, KorWstring& content, KorWstring& uri) {
   const char* const function = "KorISRAdapterImpl::getBTD";
-  KorLogToken token = debugEntry(function, {name});
+  KorLogToken token = debugEntry(function, name);
   KorJniCallScope java(function, token);
   const auto& btd = java.manager().btdDocument();
   jstring javaName = java.string(name);
@@ -151,7 +160,7 @@ void KorISRAdapterImpl::getBTD(const KorWstring& name, KorWstring& content, KorW
 
 void KorISRAdapterImpl::deleteBTD(const KorWstring& name) {
   const char* const function = "KorISRAdapterImpl::deleteBTD";
-  KorLogToken token = debugEntry(function, {name});
+  KorLogToken token = debugEntry(function, name);
   KorJniCallScope java(function, token);
   java.call<void>("method_com_vantor_broker_isr_ISRAdapter_deleteBTD", javaAdapter_,
                   java.manager().isrAdapter().deleteBTD, java.string(name));
@@ -209,7 +218,7 @@ std::vector<KorWstring> KorISRAdapterImpl::getBTDNames(KorWstring& names) {
 void KorISRAdapterImpl::createPolicy(const KorWstring& type, const KorWstring& name,
                                      const KorWstring& document, KorWstring& uri) {
   const char* const function = "KorISRAdapterImpl::createPolicy";
-  KorLogToken token = debugEntry(function, {type, name, document});
+  KorLogToken token = debugEntry(function, type, name, document);
   if (type == reservedPolicyType()) {
     createBTD(name, document, uri);
   } else {
@@ -222,7 +231,7 @@ void KorISRAdapterImpl::createPolicy(const KorWstring& type, const KorWstring& n
 void KorISRAdapterImpl::updatePolicy(const KorWstring& type, const KorWstring& name,
                                      const KorWstring& document, KorWstring& uri) {
   const char* const function = "KorISRAdapterImpl::updatePolicy";
-  KorLogToken token = debugEntry(function, {type, name, document});
+  KorLogToken token = debugEntry(function, type, name, document);
   if (type == reservedPolicyType()) {
     updateBTD(name, document, uri);
   } else {
@@ -235,7 +244,7 @@ void KorISRAdapterImpl::updatePolicy(const KorWstring& type, const KorWstring& n
 void KorISRAdapterImpl::getPolicy(const KorWstring& type, const KorWstring& name, KorWstring& document,
                                   KorWstring& uri) {
   const char* const function = "KorISRAdapterImpl::getPolicy";
-  KorLogToken token = debugEntry(function, {type, name});
+  KorLogToken token = debugEntry(function, type, name);
   if (type == reservedPolicyType()) {
     getBTD(name, document, uri);
     debugExit(function, token);
@@ -256,7 +265,7 @@ void KorISRAdapterImpl::getPolicy(const KorWstring& type, const KorWstring& name
 
 void KorISRAdapterImpl::deletePolicy(const KorWstring& type, const KorWstring& name) {
   const char* const function = "KorISRAdapterImpl::deletePolicy";
-  KorLogToken token = debugEntry(function, {type, name});
+  KorLogToken token = debugEntry(function, type, name);
   if (type == reservedPolicyType()) {
     deleteBTD(name);
     debugExit(function, token);
@@ -271,17 +280,17 @@ void KorISRAdapterImpl::deletePolicy(const KorWstring& type, const KorWstring& n
 
 bool KorISRAdapterImpl::policyExists(const KorWstring& type, const KorWstring& name) {
   const char* const function = "KorISRAdapterImpl::policyExists";
-  KorLogToken token = debugEntry(function, {type, name});
+  KorLogToken token = debugEntry(function, type, name);
   if (type == reservedPolicyType()) {
     bool exists = btdExists(name);
-    debugExit(function, token, {exists});
+    debugExit(function, token, exists);
     return exists;
   }
   KorJniCallScope java(function, token);
   jobject query = policyQuery(java, type, name);
   bool exists = java.call<bool>("PolicyRespositoryManager_policyExists", javaAdapter_,
                                 java.manager().isrAdapter().policyExists, query);
-  debugExit(function, token, {exists ? 1 : 0});
+  debugExit(function, token, exists ? 1 : 0);
   return exists;
 }
 
@@ -289,7 +298,7 @@ bool KorISRAdapterImpl::policyExists(const KorWstring& type, const KorWstring& n
 // to read, is skipped like the empty listing it stands for.
 std::vector<KorWstring> KorISRAdapterImpl::getPolicyNames(const KorWstring& type, KorWstring& names) {
   const char* const function = "KorISRAdapterImpl::getPolicyNames";
-  KorLogToken token = debugEntry(function, {type});
+  KorLogToken token = debugEntry(function, type);
   if (type == reservedPolicyType()) {
     std::vector<KorWstring> result = getBTDNames(names);
     debugExit(function, token);
@@ -323,7 +332,7 @@ std::vector<KorWstring> KorISRAdapterImpl::getPolicyNames(const KorWstring& type
 void KorISRAdapterImpl::createService(const KorWstring& name, const KorWstring& serviceNamespace,
                                       const KorWstring& document) {
   const char* const function = "KorISRAdapterImpl::createService";
-  KorLogToken token = debugEntry(function, {name, serviceNamespace, document});
+  KorLogToken token = debugEntry(function, name, serviceNamespace, document);
   KorJniCallScope java(function, token);
   const auto& service = java.manager().isrService();
   jstring javaName = java.string(name);
@@ -338,7 +347,7 @@ void KorISRAdapterImpl::createService(const KorWstring& name, const KorWstring& 
 
 bool KorISRAdapterImpl::serviceExists(const KorWstring& name, const KorWstring& serviceNamespace) {
   const char* const function = "KorISRAdapterImpl::serviceExists";
-  KorLogToken token = debugEntry(function, {name, serviceNamespace});
+  KorLogToken token = debugEntry(function, name, serviceNamespace);
   KorJniCallScope java(function, token);
   const auto& service = java.manager().isrService();
   jstring javaName = java.string(name);
@@ -346,19 +355,19 @@ bool KorISRAdapterImpl::serviceExists(const KorWstring& name, const KorWstring& 
   jobject query = java.construct("NewObject", service.cls, service.init, javaName, javaNamespace);
   bool exists = java.call<bool>("method_com_vantor_broker_isr_ISRAdapter_serviceExists", javaAdapter_,
                                 java.manager().isrAdapter().serviceExists, query);
-  debugExit(function, token, {exists});
+  debugExit(function, token, exists);
   return exists;
 }
 
 bool KorISRAdapterImpl::getService(const KorWstring& name, KorISRService& service) {
   const char* const function = "KorISRAdapterImpl::getService";
-  KorLogToken token = debugEntry(function, {name});
+  KorLogToken token = debugEntry(function, name);
   KorJniCallScope java(function, token);
   const auto& javaService = java.manager().isrService();
   jobject found = java.call<jobject>("method_com_vantor_broker_isr_ISRAdapter_getService", javaAdapter_,
                                      java.manager().isrAdapter().getService, java.string(name));
   if (found == nullptr) {
-    debugExit(function, token, {"false"});
+    debugExit(function, token, "false");
     return false;
   }
   if (debugTrace()) {
@@ -380,13 +389,13 @@ bool KorISRAdapterImpl::getService(const KorWstring& name, KorISRService& servic
     KorLog::debugTrace(function, token, {"serviceContent=", document});
   }
   service = KorISRService(serviceName, serviceNamespace, document);
-  debugExit(function, token, {"true"});
+  debugExit(function, token, "true");
   return true;
 }
 
 void KorISRAdapterImpl::deleteService(const KorWstring& name) {
   const char* const function = "KorISRAdapterImpl::deleteService";
-  KorLogToken token = debugEntry(function, {name});
+  KorLogToken token = debugEntry(function, name);
   KorJniCallScope java(function, token);
   java.call<void>("method_com_vantor_broker_isr_ISRAdapter_deleteService", javaAdapter_,
                   java.manager().isrAdapter().deleteService, java.string(name));
@@ -429,7 +438,7 @@ void KorISRAdapterImpl::setRepositoryDetails(const KorWstring& text1, const KorW
                                              const KorWstring& text3, bool flag, const KorWstring& text5,
                                              const KorWstring& text6, int value) {
   const char* const function = "KorISRAdapterImpl::setRepositoryDetails";
-  KorLogToken token = debugEntry(function, {text1, text2, text3, text5, text6});
+  KorLogToken token = debugEntry(function, text1, text2, text3, text5, text6);
   KorJniCallScope java(function, token);
   jstring java1 = java.string(text1);
   jstring java2 = java.string(text2);
@@ -460,7 +469,7 @@ void KorISRAdapterImpl::migratePoliciesFromISR() {
 void KorISRAdapterImpl::stopMessageFlow(const KorWstring& text1, const KorWstring& text2,
                                         const KorWstring& text3, const KorWstring& text4) {
   const char* const function = "KorISRAdapterImpl::stopMessageFlow";
-  KorLogToken token = debugEntry(function, {text1, text2, text3, text4});
+  KorLogToken token = debugEntry(function, text1, text2, text3, text4);
   KorJniCallScope java(function, token);
   const auto& proxy = java.manager().messageFlowProxy();
   jstring java1 = java.string(text1);

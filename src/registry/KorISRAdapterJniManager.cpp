@@ -248,6 +248,9 @@ bool KorISRAdapterJniManager::processKnownException(JNIEnv* env, jobject excepti
     return unpackFailed("Failed to getDeveloperText");
   }
   text = javaStringToKorWstringInternal(env, traceText);
+  if (env->ExceptionCheck()) {
+    return unpackFailed("Failed to getDeveloperText");
+  }
 
   auto array = static_cast<jobjectArray>(env->CallObjectMethod(exception, lx.getInserts));
   if (env->ExceptionCheck()) {
@@ -269,6 +272,9 @@ bool KorISRAdapterJniManager::processKnownException(JNIEnv* env, jobject excepti
       insertFailed("CallObjectMethod() failed", __LINE__);
     }
     inserts.push_back(javaStringToKorWstringInternal(env, rendered.get()));
+    if (clearedException(env)) {
+      insertFailed("CallObjectMethod() failed", __LINE__);
+    }
   }
   if (KorLog::iEffectiveLogFilter > 2) {
     KorLog::exit(processLabel, token);

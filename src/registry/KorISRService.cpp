@@ -2,18 +2,22 @@
 
 namespace {
 
-const wchar_t* const serviceLogSource = L"KorISRService";
+// Converted once; every record shares it.
+const KorWstring& serviceLogSource() {
+  static const KorWstring name = KorWstringConvertor::toKorWstring(L"KorISRService");
+  return name;
+}
 
 } // namespace
 
-KorISRService::KorISRService() : KorNamedLogSource(serviceLogSource) {}
+KorISRService::KorISRService() : KorNamedLogSource(serviceLogSource()) {}
 
 KorISRService::KorISRService(const KorWstring& serviceName, const KorWstring& namespaceOfService)
-    : KorNamedLogSource(serviceLogSource), name(serviceName), serviceNamespace(namespaceOfService) {}
+    : KorNamedLogSource(serviceLogSource()), name(serviceName), serviceNamespace(namespaceOfService) {}
 
 KorISRService::KorISRService(const KorWstring& serviceName, const KorWstring& namespaceOfService,
                              const KorWstring& serviceDocument)
-    : KorNamedLogSource(serviceLogSource), name(serviceName), serviceNamespace(namespaceOfService),
+    : KorNamedLogSource(serviceLogSource()), name(serviceName), serviceNamespace(namespaceOfService),
       document(serviceDocument) {}
 
 KorISRService::KorISRService(const KorISRService& other) = default;

@@ -40,12 +40,23 @@ public:
 
   const KorISRAdapterJniManager& manager() const noexcept { return *manager_; }
 
-  // A failed conversion leaves its exception pending; the next call reports
-  // it under that call's label.
-  jstring string(const KorWstring& text) const { return manager_->KorWstringTojavaString(env_, text); }
-  // A null string is the empty text.
-  KorWstring text(jobject string) const {
-    return manager_->javaStringToKorWstringInternal(env_, static_cast<jstring>(string));
+  // A failed conversion gives null and leaves its exception pending, and no
+  // JNI function is called with it pending: later conversions give null
+  // untried, and the next call reports it under that call's label.
+  jstring string(const KorWstring& text) {
+    if (conversionFailed_) {
+      return nullptr;
+    }
+    jstring string = manager_->KorWstringTojavaString(env_, text);
+    conversionFailed_ = string == nullptr;
+    unchecked_ = true;
+    return string;
+  }
+  // A null string is the empty text; a failed read raises under label.
+  KorWstring text(const KorCallLabel& label, jobject string) {
+    KorWstring result = manager_->javaStringToKorWstringInternal(env_, static_cast<jstring>(string));
+    check(label);
+    return result;
   }
 
   // An instance method returning void, bool or jobject.
@@ -87,11 +98,11 @@ public:
   // A text read from receiver: null raises DRX3703, or reads as empty.
   template <typename... Args>
   KorWstring requiredText(const KorCallLabel& label, jobject receiver, jmethodID method, Args... args) {
-    return text(nonNull(label, call<jobject>(label, receiver, method, args...)));
+    return text(label, nonNull(label, call<jobject>(label, receiver, method, args...)));
   }
   template <typename... Args>
   KorWstring optionalText(const KorCallLabel& label, jobject receiver, jmethodID method, Args... args) {
-    return text(call<jobject>(label, receiver, method, args...));
+    return text(label, call<jobject>(label, receiver, method, args...));
   }
 
   jobject nonNull(const KorCallLabel& label, jobject result) {
@@ -123,7 +134,11 @@ private:
     if (!resolved) {
       raiseUnresolved(label);
     }
-    check(label);
+    // Every call is checked after it returns, so only a conversion since
+    // then, or what was pending when the scope opened, needs a check here.
+    if (unchecked_) {
+      check(label);
+    }
   }
 
   template <typename R, typename Call>
@@ -147,6 +162,7 @@ private:
       outcome.exceptionThrown();
       raiseFailure(label, outcome);
     }
+    unchecked_ = false;
   }
 
   [[noreturn]] void raiseFailure(const KorCallLabel& label, KorJniReturn& outcome) const;
@@ -158,4 +174,6 @@ private:
   KorLocalJavaStackFrame frame_;
   JNIEnv* env_;
   const KorISRAdapterJniManager* manager_;
+  bool unchecked_ = true;
+  bool conversionFailed_ = false;
 };

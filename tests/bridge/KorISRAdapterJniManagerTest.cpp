@@ -20,6 +20,7 @@ namespace {
 
 std::vector<std::string> utf8(const std::vector<KorWstring>& texts) {
   std::vector<std::string> result;
+  result.reserve(texts.size());
   for (const auto& text : texts) {
     result.push_back(text.toUtf8());
   }

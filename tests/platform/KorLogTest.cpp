@@ -59,7 +59,7 @@ TEST_F(KorLogTest, InsertsRender) {
       {std::size_t{18446744073709551615U}, u"18446744073709551615"},
       {false, u"false"},
       {static_cast<const void*>(nullptr), u"0x0"},
-      {reinterpret_cast<const void*>(std::uintptr_t{0xABC0}), u"0xabc0"},
+      {reinterpret_cast<const void*>(std::uintptr_t{0xABC0}), u"0xabc0"}, // NOLINT(performance-no-int-to-ptr)
       {"caf\xC3\xA9", u"caf\u00E9"},
       {"a\xC0z\xE2\x82", u"a\uFFFDz\uFFFD\uFFFD"},
       {static_cast<const char*>(nullptr), u""},
@@ -73,6 +73,7 @@ TEST_F(KorLogTest, InsertsRender) {
 
 TEST_F(KorLogTest, ConcurrentWritersLoseNothing) {
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int t = 0; t < 4; ++t) {
     threads.emplace_back([] {
       for (int i = 0; i < 1000; ++i) {

@@ -1,0 +1,118 @@
+#include "BenchSupport.hpp"
+
+#include <KorJVM.hpp>
+
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <new>
+#include <sstream>
+
+namespace {
+
+thread_local std::uint64_t threadAllocations = 0;
+
+} // namespace
+
+// Counting replacements: every allocation in the process passes here.
+void* operator new(std::size_t size) {
+  ++threadAllocations;
+  if (void* memory = std::malloc(size != 0 ? size : 1)) {
+    return memory;
+  }
+  throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
+
+namespace bench {
+
+void startJvm() {
+  KorJVMOptions options;
+  std::stringstream classPath(LEGIORRUG_BENCH_CLASSPATH);
+  for (std::string entry; std::getline(classPath, entry, ':');) {
+    options.classPath.push_back(entry);
+  }
+  options.options = {"-Xms1g", "-Xmx1g", "-XX:+AlwaysPreTouch", "-Djava.awt.headless=true"};
+  KorJVM::create(options);
+}
+
+std::uint64_t allocations() {
+  return threadAllocations;
+}
+
+KorWstring text(const std::string& utf8) {
+  return KorWstring::fromUtf8(utf8);
+}
+
+KorWstring numbered(const char* prefix, int index) {
+  char digits[16];
+  std::snprintf(digits, sizeof digits, "%06d", index);
+  return text(std::string(prefix) + digits);
+}
+
+KorWstring document(int count) {
+  std::string body = "<doc>";
+  while (static_cast<int>(body.size()) < count - 6) {
+    body += 'x';
+  }
+  return text(body + "</doc>");
+}
+
+TraceSetting::TraceSetting(int level) : previousLevel_(KorLog::iEffectiveLogFilter.exchange(level)) {
+  if (level == 0) {
+    counter_ = std::make_shared<CountingSink>();
+    previousSink_ = KorLog::setSink(counter_);
+  } else {
+    previousSink_ = KorLog::setSink(std::make_shared<DiscardingSink>());
+  }
+}
+
+TraceSetting::~TraceSetting() {
+  KorLog::setSink(previousSink_);
+  KorLog::iEffectiveLogFilter = previousLevel_;
+}
+
+void TraceSetting::report(benchmark::State& state) const {
+  if (counter_ != nullptr) {
+    state.counters["trace_records"] =
+        static_cast<double>(counter_->records.load()) / static_cast<double>(state.iterations());
+  }
+}
+
+JavaRegistry& JavaRegistry::instance() {
+  static JavaRegistry registry;
+  return registry;
+}
+
+JavaRegistry::JavaRegistry() : adapter_(std::make_unique<KorISRAdapterImpl>(text("bench"))) {
+  KorWstring uri;
+  const KorWstring type = text("Security");
+  for (int i = 0; i < policyCount; ++i) {
+    adapter_->createPolicy(type, numbered("policy", i), document(documentLength), uri);
+  }
+  for (int i = 0; i < serviceCount; ++i) {
+    adapter_->createService(numbered("service", i), text("urn:bench"), document(documentLength));
+  }
+}
+
+void JavaRegistry::holdBtds(int count) {
+  static std::mutex lock;
+  std::lock_guard<std::mutex> guard(lock);
+  const KorWstring content = document(documentLength);
+  KorWstring uri;
+  for (; btds_ < count; ++btds_) {
+    adapter_->createBTD(numbered("btd", btds_), content, uri);
+  }
+  for (; btds_ > count; --btds_) {
+    adapter_->deleteBTD(numbered("btd", btds_ - 1));
+  }
+}
+
+} // namespace bench

@@ -1,0 +1,405 @@
+// The Java-backed adapter's operations, each beside its floor: a hand-written
+// function making the same JNI calls in the same order on the same texts,
+// with ExceptionCheck after every call that can raise, and nothing else.
+#include "BenchSupport.hpp"
+
+#include <KorJVM.hpp>
+
+#include <algorithm>
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace bench;
+
+// The floor's own classes and method IDs, resolved once like the library's.
+struct FloorJni {
+  jobject adapter;
+  jclass btd, policy;
+  jmethodID btdInit, btdGetName, btdGetUri, btdGetContent;
+  jmethodID policyInit, policyGetName, policyGetUri, policyGetDocument, policyValidate;
+  jmethodID serviceGetName, serviceGetNamespace, serviceGetDocument;
+  jmethodID btdExists, createBTD, deleteBTD, getBTD, getBTDs;
+  jmethodID createPolicy, deletePolicy, getPolicy, policyExists, getPolicyNames, getPoliciesWithoutDoc;
+  jmethodID getService, getServicesWithoutDoc;
+};
+
+[[noreturn]] void javaFailed(JNIEnv* env) {
+  env->ExceptionDescribe();
+  std::abort();
+}
+
+void check(JNIEnv* env) {
+  if (env->ExceptionCheck()) {
+    javaFailed(env);
+  }
+}
+
+template <typename T> T checked(JNIEnv* env, T value) {
+  check(env);
+  return value;
+}
+
+FloorJni resolveFloorJni() {
+  JNIEnv* env = KorJVM::getEnvironment();
+  auto globalClass = [env](const char* name) {
+    return static_cast<jclass>(env->NewGlobalRef(checked(env, env->FindClass(name))));
+  };
+  const jclass adapter = globalClass("com/vantor/broker/isr/ISRAdapter");
+  const jclass service = globalClass("com/vantor/broker/isr/ISRService");
+  FloorJni j{};
+  j.btd = globalClass("com/vantor/broker/isr/BTDDocument");
+  j.policy = globalClass("com/vantor/broker/isr/ISRPolicy");
+  const char* const text = "()Ljava/lang/String;";
+  const char* const takesPolicy = "(Lcom/vantor/broker/isr/ISRPolicy;)V";
+  const char* const takesBtd = "(Lcom/vantor/broker/isr/BTDDocument;)V";
+  struct Row {
+    jmethodID* slot;
+    jclass cls;
+    const char* name;
+    const char* signature;
+  };
+  const Row rows[] = {
+      {&j.btdInit, j.btd, "<init>", "(Ljava/lang/String;Ljava/lang/String;)V"},
+      {&j.btdGetName, j.btd, "getName", text},
+      {&j.btdGetUri, j.btd, "getUri", text},
+      {&j.btdGetContent, j.btd, "getContent", text},
+      {&j.policyInit, j.policy, "<init>", "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;)V"},
+      {&j.policyGetName, j.policy, "getName", text},
+      {&j.policyGetUri, j.policy, "getUri", text},
+      {&j.policyGetDocument, j.policy, "getDocument", text},
+      {&j.policyValidate, j.policy, "validateContent", "()V"},
+      {&j.serviceGetName, service, "getName", text},
+      {&j.serviceGetNamespace, service, "getNamespace", text},
+      {&j.serviceGetDocument, service, "getDocument", text},
+      {&j.btdExists, adapter, "btdExists", "(Ljava/lang/String;)Z"},
+      {&j.createBTD, adapter, "createBTD", takesBtd},
+      {&j.deleteBTD, adapter, "deleteBTD", "(Ljava/lang/String;)V"},
+      {&j.getBTD, adapter, "getBTD", takesBtd},
+      {&j.getBTDs, adapter, "getBTDs", "()[Lcom/vantor/broker/isr/BTDDocument;"},
+      {&j.createPolicy, adapter, "createPolicy", takesPolicy},
+      {&j.deletePolicy, adapter, "deletePolicy", takesPolicy},
+      {&j.getPolicy, adapter, "getPolicy", takesPolicy},
+      {&j.policyExists, adapter, "policyExists", "(Lcom/vantor/broker/isr/ISRPolicy;)Z"},
+      {&j.getPolicyNames, adapter, "getPolicyNames", "(Ljava/lang/String;)Ljava/lang/String;"},
+      {&j.getPoliciesWithoutDoc, adapter, "getPoliciesWithoutDoc",
+       "(Ljava/lang/String;)[Lcom/vantor/broker/isr/ISRPolicy;"},
+      {&j.getService, adapter, "getService", "(Ljava/lang/String;)Lcom/vantor/broker/isr/ISRService;"},
+      {&j.getServicesWithoutDoc, adapter, "getServicesWithoutDoc", "()[Lcom/vantor/broker/isr/ISRService;"},
+  };
+  for (const Row& row : rows) {
+    *row.slot = checked(env, env->GetMethodID(row.cls, row.name, row.signature));
+  }
+  const jmethodID getInstance =
+      checked(env, env->GetStaticMethodID(adapter, "getInstance", "()Lcom/vantor/broker/isr/ISRAdapter;"));
+  j.adapter = env->NewGlobalRef(checked(env, env->CallStaticObjectMethod(adapter, getInstance)));
+  return j;
+}
+
+const FloorJni& floorJni() {
+  static const FloorJni jni = resolveFloorJni();
+  return jni;
+}
+
+class Frame {
+public:
+  explicit Frame(JNIEnv* env) : env_(env) {
+    if (env->PushLocalFrame(10) < 0) {
+      javaFailed(env);
+    }
+  }
+  ~Frame() { env_->PopLocalFrame(nullptr); }
+  Frame(const Frame&) = delete;
+  Frame& operator=(const Frame&) = delete;
+
+private:
+  JNIEnv* env_;
+};
+
+jstring string(JNIEnv* env, const KorWstring& text) {
+  return checked(
+      env, env->NewString(reinterpret_cast<const jchar*>(text.data()), static_cast<jsize>(text.length())));
+}
+
+// The JNI half of a conversion: the units land in scratch storage.
+void read(JNIEnv* env, jobject text) {
+  thread_local jchar units[1 << 12];
+  const auto javaText = static_cast<jstring>(text);
+  const jsize length = env->GetStringLength(javaText);
+  env->GetStringRegion(javaText, 0, std::min<jsize>(length, std::size(units)), units);
+  check(env);
+}
+
+struct Inputs {
+  KorWstring btd = numbered("btd", 0);
+  KorWstring pair = text("pair");
+  KorWstring content = document(documentLength);
+  KorWstring type = text("Security");
+  KorWstring policy = numbered("policy", 0);
+  KorWstring empty;
+  KorWstring service = numbered("service", 0);
+};
+
+// Reused across iterations, as a caller would; content goes in as the
+// stored document, which getBTD and getPolicy send and get back.
+struct Outputs {
+  KorWstring uri;
+  KorWstring content = document(documentLength);
+  KorWstring names;
+  std::vector<KorWstring> list;
+  KorISRService service;
+};
+
+using Adapter = KorISRAdapterImpl;
+using Floor = const FloorJni;
+
+void floorBtdExists(JNIEnv* env, Floor& j, const Inputs& in) {
+  Frame frame(env);
+  jstring name = string(env, in.btd);
+  benchmark::DoNotOptimize(checked(env, env->CallBooleanMethod(j.adapter, j.btdExists, name)));
+}
+
+void floorGetBtd(JNIEnv* env, Floor& j, const Inputs& in) {
+  Frame frame(env);
+  jstring name = string(env, in.btd);
+  jstring content = string(env, in.content);
+  jobject btd = checked(env, env->NewObject(j.btd, j.btdInit, name, content));
+  env->CallVoidMethod(j.adapter, j.getBTD, btd);
+  check(env);
+  read(env, checked(env, env->CallObjectMethod(btd, j.btdGetUri)));
+  read(env, checked(env, env->CallObjectMethod(btd, j.btdGetContent)));
+}
+
+void floorCreateDeleteBtd(JNIEnv* env, Floor& j, const Inputs& in) {
+  {
+    Frame frame(env);
+    jstring name = string(env, in.pair);
+    jstring content = string(env, in.content);
+    jobject btd = checked(env, env->NewObject(j.btd, j.btdInit, name, content));
+    env->CallVoidMethod(j.adapter, j.createBTD, btd);
+    check(env);
+    read(env, checked(env, env->CallObjectMethod(btd, j.btdGetUri)));
+  }
+  Frame frame(env);
+  jstring name = string(env, in.pair);
+  env->CallVoidMethod(j.adapter, j.deleteBTD, name);
+  check(env);
+}
+
+jobject floorPolicy(JNIEnv* env, Floor& j, const KorWstring& type, const KorWstring& name,
+                    const KorWstring& document) {
+  jstring javaType = string(env, type);
+  jstring javaName = string(env, name);
+  jstring javaDocument = string(env, document);
+  return checked(env, env->NewObject(j.policy, j.policyInit, javaType, javaName, javaDocument));
+}
+
+void floorCreateDeletePolicy(JNIEnv* env, Floor& j, const Inputs& in) {
+  {
+    Frame frame(env);
+    jobject policy = floorPolicy(env, j, in.type, in.pair, in.content);
+    env->CallVoidMethod(policy, j.policyValidate);
+    check(env);
+    env->CallVoidMethod(j.adapter, j.createPolicy, policy);
+    check(env);
+    read(env, checked(env, env->CallObjectMethod(policy, j.policyGetUri)));
+  }
+  Frame frame(env);
+  jobject policy = floorPolicy(env, j, in.type, in.pair, in.empty);
+  env->CallVoidMethod(j.adapter, j.deletePolicy, policy);
+  check(env);
+}
+
+void floorGetPolicy(JNIEnv* env, Floor& j, const Inputs& in) {
+  Frame frame(env);
+  jobject policy = floorPolicy(env, j, in.type, in.policy, in.content);
+  env->CallVoidMethod(j.adapter, j.getPolicy, policy);
+  check(env);
+  read(env, checked(env, env->CallObjectMethod(policy, j.policyGetUri)));
+  read(env, checked(env, env->CallObjectMethod(policy, j.policyGetDocument)));
+}
+
+void floorPolicyExists(JNIEnv* env, Floor& j, const Inputs& in) {
+  Frame frame(env);
+  jobject policy = floorPolicy(env, j, in.type, in.policy, in.empty);
+  benchmark::DoNotOptimize(checked(env, env->CallBooleanMethod(j.adapter, j.policyExists, policy)));
+}
+
+void floorGetPolicyNames(JNIEnv* env, Floor& j, const Inputs& in) {
+  Frame frame(env);
+  jstring type = string(env, in.type);
+  read(env, checked(env, env->CallObjectMethod(j.adapter, j.getPolicyNames, type)));
+  auto policies = static_cast<jobjectArray>(
+      checked(env, env->CallObjectMethod(j.adapter, j.getPoliciesWithoutDoc, type)));
+  const jsize count = env->GetArrayLength(policies);
+  for (jsize i = 0; i < count; ++i) {
+    jobject policy = checked(env, env->GetObjectArrayElement(policies, i));
+    read(env, checked(env, env->CallObjectMethod(policy, j.policyGetName)));
+  }
+}
+
+// The library reads the array's length before every element.
+void floorBtdListing(JNIEnv* env, Floor& j, jmethodID read) {
+  Frame frame(env);
+  auto btds = static_cast<jobjectArray>(checked(env, env->CallObjectMethod(j.adapter, j.getBTDs)));
+  for (jsize i = 0; i < env->GetArrayLength(btds); ++i) {
+    jobject btd = checked(env, env->GetObjectArrayElement(btds, i));
+    ::read(env, checked(env, env->CallObjectMethod(btd, read)));
+  }
+}
+
+void floorGetService(JNIEnv* env, Floor& j, const Inputs& in) {
+  Frame frame(env);
+  jstring name = string(env, in.service);
+  jobject service = checked(env, env->CallObjectMethod(j.adapter, j.getService, name));
+  for (jmethodID field : {j.serviceGetName, j.serviceGetNamespace, j.serviceGetDocument}) {
+    read(env, checked(env, env->CallObjectMethod(service, field)));
+  }
+}
+
+void floorGetServices(JNIEnv* env, Floor& j, const Inputs&) {
+  Frame frame(env);
+  auto services =
+      static_cast<jobjectArray>(checked(env, env->CallObjectMethod(j.adapter, j.getServicesWithoutDoc)));
+  const jsize count = env->GetArrayLength(services);
+  for (jsize i = 0; i < count; ++i) {
+    jobject service = checked(env, env->GetObjectArrayElement(services, i));
+    read(env, checked(env, env->CallObjectMethod(service, j.serviceGetName)));
+    read(env, checked(env, env->CallObjectMethod(service, j.serviceGetNamespace)));
+  }
+}
+
+struct JavaOperation {
+  const char* name;
+  void (*library)(Adapter&, const Inputs&, Outputs&);
+  void (*floor)(JNIEnv*, Floor&, const Inputs&);
+  // The registry's BTD counts to run at; more than one is a listing's scale.
+  std::vector<int> btds = {1000};
+  bool threads = false; // also on two threads
+  bool trace = false;   // also at trace level 4
+};
+
+const JavaOperation operations[] = {
+    {"btdExists",
+     [](Adapter& a, const Inputs& in, Outputs&) { benchmark::DoNotOptimize(a.btdExists(in.btd)); },
+     floorBtdExists,
+     {1000},
+     true,
+     true},
+    {"getBTD",
+     [](Adapter& a, const Inputs& in, Outputs& out) { a.getBTD(in.btd, out.content, out.uri); },
+     floorGetBtd,
+     {1000},
+     true,
+     true},
+    {"createBTD+deleteBTD",
+     [](Adapter& a, const Inputs& in, Outputs& out) {
+       a.createBTD(in.pair, in.content, out.uri);
+       a.deleteBTD(in.pair);
+     },
+     floorCreateDeleteBtd},
+    {"createPolicy+deletePolicy",
+     [](Adapter& a, const Inputs& in, Outputs& out) {
+       a.createPolicy(in.type, in.pair, in.content, out.uri);
+       a.deletePolicy(in.type, in.pair);
+     },
+     floorCreateDeletePolicy},
+    {"getPolicy",
+     [](Adapter& a, const Inputs& in, Outputs& out) {
+       a.getPolicy(in.type, in.policy, out.content, out.uri);
+     },
+     floorGetPolicy},
+    {"policyExists",
+     [](Adapter& a, const Inputs& in, Outputs&) {
+       benchmark::DoNotOptimize(a.policyExists(in.type, in.policy));
+     },
+     floorPolicyExists},
+    {"getPolicyNames",
+     [](Adapter& a, const Inputs& in, Outputs& out) {
+       benchmark::DoNotOptimize(a.getPolicyNames(in.type, out.names));
+     },
+     floorGetPolicyNames},
+    {"listBTDs",
+     [](Adapter& a, const Inputs&, Outputs& out) {
+       out.list.clear();
+       a.listBTDs(out.list);
+     },
+     [](JNIEnv* env, Floor& j, const Inputs&) { floorBtdListing(env, j, j.btdGetUri); },
+     {100, 1000, 10000, 100000}},
+    {"getBTDNames",
+     [](Adapter& a, const Inputs&, Outputs& out) { benchmark::DoNotOptimize(a.getBTDNames(out.names)); },
+     [](JNIEnv* env, Floor& j, const Inputs&) { floorBtdListing(env, j, j.btdGetName); },
+     {100, 1000, 10000, 100000}},
+    {"getService", [](Adapter& a, const Inputs& in, Outputs& out) { a.getService(in.service, out.service); },
+     floorGetService},
+    {"getServices", [](Adapter& a, const Inputs&, Outputs&) { benchmark::DoNotOptimize(a.getServices()); },
+     floorGetServices},
+};
+
+// A listing's cost per item shows as the counter per_item.
+void countItems(benchmark::State& state, const JavaOperation& operation) {
+  if (operation.btds.size() > 1) {
+    state.counters["per_item"] =
+        benchmark::Counter(static_cast<double>(state.range(0)),
+                           benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+  }
+}
+
+void runLibrary(benchmark::State& state, const JavaOperation& operation, int traceLevel) {
+  JavaRegistry& registry = JavaRegistry::instance();
+  registry.holdBtds(static_cast<int>(state.range(0)));
+  // The trace setting is process-wide: threads leave it at its default, off.
+  std::optional<TraceSetting> trace;
+  if (state.threads() == 1) {
+    trace.emplace(traceLevel);
+  }
+  const Inputs in;
+  Outputs out;
+  for (auto _ : state) {
+    operation.library(registry.adapter(), in, out);
+  }
+  if (trace) {
+    trace->report(state);
+  }
+  countItems(state, operation);
+}
+
+void runFloor(benchmark::State& state, const JavaOperation& operation) {
+  JavaRegistry::instance().holdBtds(static_cast<int>(state.range(0)));
+  const FloorJni& jni = floorJni();
+  JNIEnv* env = KorJVM::getEnvironment();
+  const Inputs in;
+  for (auto _ : state) {
+    operation.floor(env, jni, in);
+  }
+  countItems(state, operation);
+}
+
+void withSizes(benchmark::internal::Benchmark* benchmark, const JavaOperation& operation) {
+  for (int count : operation.btds) {
+    benchmark->Arg(count);
+  }
+  if (operation.threads) {
+    benchmark->Threads(1)->Threads(2)->UseRealTime();
+  }
+}
+
+int registerJavaBenchmarks() {
+  for (const JavaOperation& operation : operations) {
+    const std::string name = operation.name;
+    withSizes(benchmark::RegisterBenchmark(("library/" + name).c_str(), runLibrary, operation, 0), operation);
+    withSizes(benchmark::RegisterBenchmark(("floor/" + name).c_str(), runFloor, operation), operation);
+    if (operation.trace) {
+      benchmark::RegisterBenchmark(("trace4/" + name).c_str(), runLibrary, operation, 4)
+          ->Arg(operation.btds.front());
+    }
+  }
+  return 0;
+}
+
+[[maybe_unused]] const int registered = registerJavaBenchmarks();
+
+} // namespace
