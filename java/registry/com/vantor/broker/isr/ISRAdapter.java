@@ -6,12 +6,13 @@ import com.vantor.broker.config.proxy.MessageFlowProxy;
 import com.vantor.broker.isr.migration.ISRMigration;
 import com.vantor.broker.plugin.LxRecoverableException;
 import java.util.Map;
-import java.util.TreeMap;
+import java.util.concurrent.ConcurrentSkipListMap;
 
 /**
  * The reference integration registry: keeps policies, business transaction
- * definitions (BTDs) and services in memory. Every public method is
- * synchronized, so compound steps such as "check, then insert" are atomic.
+ * definitions (BTDs) and services in memory. Its maps are concurrent and each
+ * change is one atomic map operation, so callers on many threads neither
+ * wait for each other nor see a half-made change; reads take no lock.
  * Maps are keyed with String's natural order (UTF-16 code units), which is
  * the order of every listing.
  */
@@ -31,10 +32,12 @@ public final class ISRAdapter {
     private record StoredService(String namespace, String document, String uri) {
     }
 
-    private final Map<String, StoredBtd> btds = new TreeMap<>();
-    private final Map<String, Map<String, StoredPolicy>> policiesByType = new TreeMap<>();
-    private final Map<String, StoredService> services = new TreeMap<>();
-    private RepositoryDetails repositoryDetails;
+    private final Map<String, StoredBtd> btds = new ConcurrentSkipListMap<>();
+    // A type's map stays behind, empty, after its last policy goes: it
+    // answers exactly as a type never used.
+    private final Map<String, Map<String, StoredPolicy>> policiesByType = new ConcurrentSkipListMap<>();
+    private final Map<String, StoredService> services = new ConcurrentSkipListMap<>();
+    private volatile RepositoryDetails repositoryDetails;
 
     private ISRAdapter() {
     }
@@ -45,42 +48,44 @@ public final class ISRAdapter {
 
     // Business transaction definitions.
 
-    public synchronized void createBTD(BTDDocument btd) throws LxRecoverableException {
+    public void createBTD(BTDDocument btd) throws LxRecoverableException {
         String name = required(required(btd, "btd").getName(), "name");
         String content = required(btd.getContent(), "content");
-        if (btds.containsKey(name)) {
+        String uri = BTD_URI_PREFIX + name;
+        if (btds.putIfAbsent(name, new StoredBtd(content, uri)) != null) {
             throw RegistryMessages.btdExists(name);
         }
-        String uri = BTD_URI_PREFIX + name;
-        btds.put(name, new StoredBtd(content, uri));
         btd.setUri(uri);
     }
 
-    public synchronized void updateBTD(BTDDocument btd) throws LxRecoverableException {
+    public void updateBTD(BTDDocument btd) throws LxRecoverableException {
         String name = required(required(btd, "btd").getName(), "name");
         String content = required(btd.getContent(), "content");
-        StoredBtd stored = existingBtd(name);
-        btds.put(name, new StoredBtd(content, stored.uri()));
-        btd.setUri(stored.uri());
+        StoredBtd updated = btds.computeIfPresent(name, (key, stored) -> new StoredBtd(content, stored.uri()));
+        if (updated == null) {
+            throw RegistryMessages.btdMissing(name);
+        }
+        btd.setUri(updated.uri());
     }
 
-    public synchronized void getBTD(BTDDocument btd) throws LxRecoverableException {
+    public void getBTD(BTDDocument btd) throws LxRecoverableException {
         StoredBtd stored = existingBtd(required(required(btd, "btd").getName(), "name"));
         btd.setUri(stored.uri());
         btd.setContent(stored.content());
     }
 
-    public synchronized void deleteBTD(String name) throws LxRecoverableException {
-        existingBtd(required(name, "name"));
-        btds.remove(name);
+    public void deleteBTD(String name) throws LxRecoverableException {
+        if (btds.remove(required(name, "name")) == null) {
+            throw RegistryMessages.btdMissing(name);
+        }
     }
 
-    public synchronized boolean btdExists(String name) throws LxRecoverableException {
+    public boolean btdExists(String name) throws LxRecoverableException {
         return btds.containsKey(required(name, "name"));
     }
 
     /** Copies with content, in name order. */
-    public synchronized BTDDocument[] getBTDs() {
+    public BTDDocument[] getBTDs() {
         return btds.entrySet().stream().map(entry -> {
             BTDDocument copy = new BTDDocument(entry.getKey(), entry.getValue().content());
             copy.setUri(entry.getValue().uri());
@@ -99,49 +104,56 @@ public final class ISRAdapter {
     // Policies.
 
     /** Validates the document itself too, so that no caller can store one that validation would reject. */
-    public synchronized void createPolicy(ISRPolicy policy) throws LxRecoverableException {
+    public void createPolicy(ISRPolicy policy) throws LxRecoverableException {
         String type = policyType(policy);
         String name = required(policy.getName(), "name");
         policy.validateContent();
-        Map<String, StoredPolicy> ofType = policiesByType.computeIfAbsent(type, t -> new TreeMap<>());
-        if (ofType.containsKey(name)) {
+        Map<String, StoredPolicy> ofType =
+                policiesByType.computeIfAbsent(type, t -> new ConcurrentSkipListMap<>());
+        String uri = POLICY_URI_PREFIX + type + "/" + name;
+        if (ofType.putIfAbsent(name, new StoredPolicy(policy.getDocument(), uri)) != null) {
             throw RegistryMessages.policyExists(type, name);
         }
-        String uri = POLICY_URI_PREFIX + type + "/" + name;
-        ofType.put(name, new StoredPolicy(policy.getDocument(), uri));
         policy.setUri(uri);
     }
 
-    public synchronized void updatePolicy(ISRPolicy policy) throws LxRecoverableException {
-        StoredPolicy stored = existingPolicy(policy);
+    public void updatePolicy(ISRPolicy policy) throws LxRecoverableException {
+        String type = policyType(policy);
+        String name = required(policy.getName(), "name");
         policy.validateContent();
-        policiesByType.get(policy.getType())
-                .put(policy.getName(), new StoredPolicy(policy.getDocument(), stored.uri()));
-        policy.setUri(stored.uri());
+        String document = policy.getDocument();
+        Map<String, StoredPolicy> ofType = policiesByType.get(type);
+        StoredPolicy updated = ofType == null
+                ? null
+                : ofType.computeIfPresent(name, (key, stored) -> new StoredPolicy(document, stored.uri()));
+        if (updated == null) {
+            throw RegistryMessages.policyMissing(type, name);
+        }
+        policy.setUri(updated.uri());
     }
 
-    public synchronized void getPolicy(ISRPolicy policy) throws LxRecoverableException {
+    public void getPolicy(ISRPolicy policy) throws LxRecoverableException {
         StoredPolicy stored = existingPolicy(policy);
         policy.setUri(stored.uri());
         policy.setDocument(stored.document());
     }
 
-    public synchronized void deletePolicy(ISRPolicy policy) throws LxRecoverableException {
-        existingPolicy(policy);
-        Map<String, StoredPolicy> ofType = policiesByType.get(policy.getType());
-        ofType.remove(policy.getName());
-        if (ofType.isEmpty()) {
-            policiesByType.remove(policy.getType());
+    public void deletePolicy(ISRPolicy policy) throws LxRecoverableException {
+        String type = policyType(policy);
+        String name = required(policy.getName(), "name");
+        Map<String, StoredPolicy> ofType = policiesByType.get(type);
+        if (ofType == null || ofType.remove(name) == null) {
+            throw RegistryMessages.policyMissing(type, name);
         }
     }
 
-    public synchronized boolean policyExists(ISRPolicy policy) throws LxRecoverableException {
+    public boolean policyExists(ISRPolicy policy) throws LxRecoverableException {
         String type = policyType(policy);
         return policiesOf(type).containsKey(required(policy.getName(), "name"));
     }
 
     /** Copies with uri but without document (null), in name order. */
-    public synchronized ISRPolicy[] getPoliciesWithoutDoc(String type) throws LxRecoverableException {
+    public ISRPolicy[] getPoliciesWithoutDoc(String type) throws LxRecoverableException {
         required(type, "type");
         return policiesOf(type).entrySet().stream().map(entry -> {
             ISRPolicy copy = new ISRPolicy(type, entry.getKey(), null);
@@ -151,7 +163,7 @@ public final class ISRAdapter {
     }
 
     /** The names of the type's policies in name order, separated by single spaces; empty for an unknown type. */
-    public synchronized String getPolicyNames(String type) throws LxRecoverableException {
+    public String getPolicyNames(String type) throws LxRecoverableException {
         return String.join(" ", policiesOf(required(type, "type")).keySet());
     }
 
@@ -176,7 +188,7 @@ public final class ISRAdapter {
     // Services, keyed by name alone: getService and deleteService name no namespace.
 
     /** Replaces a service of the same name. */
-    public synchronized void createService(ISRService service) throws LxRecoverableException {
+    public void createService(ISRService service) throws LxRecoverableException {
         String name = required(required(service, "service").getName(), "name");
         String namespace = required(service.getNamespace(), "namespace");
         String document = required(service.getDocument(), "document");
@@ -186,7 +198,7 @@ public final class ISRAdapter {
     }
 
     /** True when a service of that name exists in that namespace. */
-    public synchronized boolean serviceExists(ISRService service) throws LxRecoverableException {
+    public boolean serviceExists(ISRService service) throws LxRecoverableException {
         String name = required(required(service, "service").getName(), "name");
         String namespace = required(service.getNamespace(), "namespace");
         StoredService stored = services.get(name);
@@ -194,19 +206,19 @@ public final class ISRAdapter {
     }
 
     /** A copy with document, or null when there is no service of that name. */
-    public synchronized ISRService getService(String name) throws LxRecoverableException {
+    public ISRService getService(String name) throws LxRecoverableException {
         StoredService stored = services.get(required(name, "name"));
         return stored == null ? null : copy(name, stored, stored.document());
     }
 
-    public synchronized void deleteService(String name) throws LxRecoverableException {
+    public void deleteService(String name) throws LxRecoverableException {
         if (services.remove(required(name, "name")) == null) {
             throw RegistryMessages.serviceMissing(name);
         }
     }
 
     /** Copies with uri but without document (null), in name order. */
-    public synchronized ISRService[] getServicesWithoutDoc() {
+    public ISRService[] getServicesWithoutDoc() {
         return services.entrySet().stream()
                 .map(entry -> copy(entry.getKey(), entry.getValue(), null))
                 .toArray(ISRService[]::new);
@@ -221,13 +233,13 @@ public final class ISRAdapter {
     // Administration.
 
     /** Only recorded: the reference registry has no repository behind it. */
-    public synchronized void setRepositoryDetails(String text1, String text2, String text3, boolean flag,
+    public void setRepositoryDetails(String text1, String text2, String text3, boolean flag,
             String text5, String text6, int number) {
         repositoryDetails = new RepositoryDetails(text1, text2, text3, flag, text5, text6, number);
     }
 
     /** The values of the last setRepositoryDetails call, or null when there was none since the last clear. */
-    public synchronized RepositoryDetails repositoryDetails() {
+    public RepositoryDetails repositoryDetails() {
         return repositoryDetails;
     }
 
@@ -236,7 +248,7 @@ public final class ISRAdapter {
      * BTDs, services, repository details, the migration count and the
      * stopped message flows.
      */
-    public synchronized void clear() {
+    public void clear() {
         btds.clear();
         policiesByType.clear();
         services.clear();
