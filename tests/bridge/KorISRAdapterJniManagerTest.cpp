@@ -78,7 +78,7 @@ jobject knownException(JNIEnv* env, jlong number, std::vector<jobject> inserts) 
                  number, env->NewStringUTF("trace text"), javaInserts(env, std::move(inserts)));
 }
 
-jobject integer(JNIEnv* env, int value) {
+jobject integer(int value) {
   return TestJvm::callStatic("java/lang/Integer", "valueOf", "(I)Ljava/lang/Integer;", value);
 }
 
@@ -195,7 +195,7 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         Translation{"KnownWithInserts",
                     [](JNIEnv* env) {
-                      return knownException(env, 3001, {env->NewStringUTF("a"), nullptr, integer(env, 7)});
+                      return knownException(env, 3001, {env->NewStringUTF("a"), nullptr, integer(7)});
                     },
                     false, true, 3001, {"trace text", "a", "7"}},
         Translation{"KnownNumberBeyond32Bits",

@@ -8,8 +8,10 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <map>
 #include <mutex>
 #include <sstream>
+#include <type_traits>
 
 namespace {
 
@@ -43,7 +45,50 @@ thread_local int frameDepth = 0;
 thread_local bool nullNextNewObject = false;
 jvmtiEnv* jvmti = nullptr;
 
+// The armed fault of this thread: the failAt-th failable call fails.
+thread_local int failAt = 0;
+thread_local int callsCounted = 0;
+thread_local jclass faultClass = nullptr;
+std::atomic<long> injected{0};
+std::atomic<long> liveGlobals{0};
+
+// True when this call is the one to fail; its exception is then pending.
+bool failHere(JNIEnv* env, bool raises) {
+  if (failAt == 0 || ++callsCounted != failAt) {
+    return false;
+  }
+  if (raises) {
+    original.ThrowNew(env, faultClass, "injected JNI failure");
+  }
+  ++injected;
+  return true;
+}
+
+template <typename Function> struct Failable;
+template <typename R, typename... Args> struct Failable<R(JNICALL*)(JNIEnv*, Args...)> {
+  template <R (JNICALL* jniNativeInterface::*slot)(JNIEnv*, Args...)>
+  static R JNICALL call(JNIEnv* env, Args... args) {
+    if (failHere(env, true)) {
+      if constexpr (!std::is_void_v<R>) {
+        return R{};
+      } else {
+        return;
+      }
+    }
+    return (original.*slot)(env, args...);
+  }
+};
+
+// Makes a table entry fail, when its turn comes, with the exception pending.
+template <auto slot> void makeFailable(jniNativeInterface& table) {
+  using Function = std::remove_reference_t<decltype(original.*slot)>;
+  table.*slot = &Failable<Function>::template call<slot>;
+}
+
 jint JNICALL pushLocalFrame(JNIEnv* env, jint capacity) {
+  if (failHere(env, true)) {
+    return JNI_ENOMEM;
+  }
   jint result = original.PushLocalFrame(env, capacity);
   if (result == JNI_OK) {
     ++frameDepth;
@@ -51,16 +96,39 @@ jint JNICALL pushLocalFrame(JNIEnv* env, jint capacity) {
   return result;
 }
 
+// HotSpot's NewGlobalRef answers null without raising when it runs out.
+jobject JNICALL newGlobalRef(JNIEnv* env, jobject object) {
+  if (failHere(env, false)) {
+    return nullptr;
+  }
+  jobject global = original.NewGlobalRef(env, object);
+  if (global != nullptr) {
+    ++liveGlobals;
+  }
+  return global;
+}
+
+void JNICALL deleteGlobalRef(JNIEnv* env, jobject global) {
+  if (global != nullptr) {
+    --liveGlobals;
+  }
+  original.DeleteGlobalRef(env, global);
+}
+
 jobject JNICALL popLocalFrame(JNIEnv* env, jobject result) {
   --frameDepth;
   return original.PopLocalFrame(env, result);
 }
 
-// Under -Xcheck:jni the checked NewObject reaches the table below it
-// through NewObjectV, so both entries are interposed.
+// Under -Xcheck:jni the checked functions reach the table below them through
+// their V variants (NewObject through NewObjectV, Call...Method through
+// Call...MethodV), so those are interposed, with the A variants.
 jobject JNICALL newObjectV(JNIEnv* env, jclass cls, jmethodID constructor, va_list args) {
   if (nullNextNewObject) {
     nullNextNewObject = false;
+    return nullptr;
+  }
+  if (failHere(env, true)) {
     return nullptr;
   }
   return original.NewObjectV(env, cls, constructor, args);
@@ -86,6 +154,29 @@ void interposeJniFunctions(JavaVM* vm) {
   table->PopLocalFrame = popLocalFrame;
   table->NewObject = newObject;
   table->NewObjectV = newObjectV;
+  using T = jniNativeInterface;
+  makeFailable<&T::NewObjectA>(*table);
+  makeFailable<&T::NewString>(*table);
+  makeFailable<&T::GetStringRegion>(*table);
+  makeFailable<&T::NewObjectArray>(*table);
+  makeFailable<&T::GetObjectArrayElement>(*table);
+  makeFailable<&T::SetObjectArrayElement>(*table);
+  table->NewGlobalRef = newGlobalRef;
+  table->DeleteGlobalRef = deleteGlobalRef;
+  makeFailable<&T::CallObjectMethodV>(*table);
+  makeFailable<&T::CallObjectMethodA>(*table);
+  makeFailable<&T::CallBooleanMethodV>(*table);
+  makeFailable<&T::CallBooleanMethodA>(*table);
+  makeFailable<&T::CallVoidMethodV>(*table);
+  makeFailable<&T::CallVoidMethodA>(*table);
+  makeFailable<&T::CallIntMethodV>(*table);
+  makeFailable<&T::CallIntMethodA>(*table);
+  makeFailable<&T::CallLongMethodV>(*table);
+  makeFailable<&T::CallLongMethodA>(*table);
+  makeFailable<&T::CallStaticObjectMethodV>(*table);
+  makeFailable<&T::CallStaticObjectMethodA>(*table);
+  makeFailable<&T::CallStaticVoidMethodV>(*table);
+  makeFailable<&T::CallStaticVoidMethodA>(*table);
   ASSERT_EQ(jvmti->SetJNIFunctionTable(table), JVMTI_ERROR_NONE);
   jvmti->Deallocate(reinterpret_cast<unsigned char*>(table));
 }
@@ -137,6 +228,39 @@ long TestJvm::globalReferenceCount() {
 
 void TestJvm::failNextNewObject() {
   nullNextNewObject = true;
+}
+
+long TestJvm::liveGlobalReferences() {
+  return liveGlobals;
+}
+
+void TestJvm::failNthCall(int n, const char* exceptionClass) {
+  failAt = 0;
+  // One global reference per class for the life of the process, so that
+  // arming a fault leaves the global reference count alone.
+  static std::mutex classesLock;
+  static std::map<std::string, jclass> classes;
+  std::lock_guard<std::mutex> guard(classesLock);
+  jclass& cls = classes[exceptionClass];
+  if (cls == nullptr) {
+    JNIEnv* jni = env();
+    jclass local = jni->FindClass(exceptionClass);
+    ASSERT_NE(local, nullptr) << exceptionClass;
+    cls = static_cast<jclass>(jni->NewGlobalRef(local));
+    jni->DeleteLocalRef(local);
+  }
+  faultClass = cls;
+  callsCounted = 0;
+  failAt = n;
+}
+
+int TestJvm::stopFailingCalls() {
+  failAt = 0;
+  return callsCounted;
+}
+
+long TestJvm::faultsInjected() {
+  return injected;
 }
 
 jobject TestJvm::callStatic(const char* className, const char* method, const char* signature, ...) {

@@ -21,10 +21,23 @@ public:
 
   // The JVM's JNI global references, counted as heap roots.
   static long globalReferenceCount();
+  // Global references made through JNI and not deleted yet, on all threads;
+  // unlike the heap roots, the JVM's own do not count.
+  static long liveGlobalReferences();
 
   // Makes the next NewObject call on this thread return null with no
   // exception pending, as no real JVM does but a broken one could.
   static void failNextNewObject();
+
+  // From now on counts this thread's calls of the JNI functions that can
+  // fail (allocations, method calls, array and string access, frame pushes)
+  // and makes the nth of them fail as the JVM would: null, 0 or JNI_ENOMEM,
+  // with an exception of exceptionClass pending (NewGlobalRef: null only).
+  static void failNthCall(int n, const char* exceptionClass);
+  // Stops counting; returns the calls counted since failNthCall.
+  static int stopFailingCalls();
+  // Faults injected so far in this process.
+  static long faultsInjected();
 
   // A static Java call for test setup; the class is found by the system
   // class loader. Any Java exception fails the test.

@@ -63,7 +63,7 @@ std::variant<std::size_t, LineError> readDoubleQuoted(std::u16string_view line, 
       continue;
     }
     if (i + 1 == line.size()) {
-      break;
+      return errorAt(line, open, "unterminated \" quote");
     }
     char16_t escape = line[i + 1];
     switch (escape) {

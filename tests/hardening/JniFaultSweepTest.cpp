@@ -1,0 +1,249 @@
+#include "KorISRAdapterImpl.hpp"
+#include "TestJvm.hpp"
+
+#include <KorException.hpp>
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+KorWstring text(const char* utf8) {
+  return KorWstring::fromUtf8(utf8);
+}
+
+// The reference registry with a little of everything, so that listings have
+// elements to read and lookups find what they ask for.
+void seed(KorISRAdapter& adapter) {
+  JNIEnv* env = TestJvm::env();
+  jobject javaAdapter = TestJvm::callStatic("com/vantor/broker/isr/ISRAdapter", "getInstance",
+                                            "()Lcom/vantor/broker/isr/ISRAdapter;");
+  jclass cls = env->GetObjectClass(javaAdapter);
+  env->CallVoidMethod(javaAdapter, env->GetMethodID(cls, "clear", "()V"));
+  ASSERT_FALSE(env->ExceptionCheck());
+  env->DeleteLocalRef(cls);
+  env->DeleteLocalRef(javaAdapter);
+  KorWstring uri;
+  for (const char* name : {"Orders", "Invoices"}) {
+    adapter.createBTD(text(name), text("<btd/>"), uri = KorWstring());
+    adapter.createPolicy(text("Security"), text(name), text("<policy/>"), uri = KorWstring());
+    adapter.createService(text(name), text("urn:ns"), text("<service/>"));
+  }
+}
+
+struct Registry {
+  KorISRAdapterImpl& adapter;
+  std::unique_ptr<KorISRAdapterImpl>& spare; // built before the run, for the destructor's row
+  std::unique_ptr<KorISRAdapterImpl>& built; // destroyed after the run, for the constructor's row
+};
+
+struct Operation {
+  const char* name;
+  std::function<void(Registry&)> run;
+  bool raisesUnfaulted; // the Java registry raises a known exception here
+};
+
+const KorWstring orders = text("Orders");
+const KorWstring security = text("Security");
+
+const std::vector<Operation> operations = {
+    {"createBTD",
+     [](Registry& r) {
+       KorWstring uri;
+       r.adapter.createBTD(text("New"), text("<n/>"), uri);
+     },
+     false},
+    {"updateBTD",
+     [](Registry& r) {
+       KorWstring uri;
+       r.adapter.updateBTD(orders, text("<n/>"), uri);
+     },
+     false},
+    {"getBTD",
+     [](Registry& r) {
+       KorWstring content, uri;
+       r.adapter.getBTD(orders, content, uri);
+     },
+     false},
+    {"deleteBTD", [](Registry& r) { r.adapter.deleteBTD(orders); }, false},
+    {"btdExists", [](Registry& r) { r.adapter.btdExists(orders); }, false},
+    {"listBTDs",
+     [](Registry& r) {
+       std::vector<KorWstring> uris;
+       r.adapter.listBTDs(uris);
+     },
+     false},
+    {"getBTDNames",
+     [](Registry& r) {
+       KorWstring names;
+       r.adapter.getBTDNames(names);
+     },
+     false},
+    {"createPolicy",
+     [](Registry& r) {
+       KorWstring uri;
+       r.adapter.createPolicy(security, text("New"), text("<n/>"), uri);
+     },
+     false},
+    {"updatePolicy",
+     [](Registry& r) {
+       KorWstring uri;
+       r.adapter.updatePolicy(security, orders, text("<n/>"), uri);
+     },
+     false},
+    {"getPolicy",
+     [](Registry& r) {
+       KorWstring document, uri;
+       r.adapter.getPolicy(security, orders, document, uri);
+     },
+     false},
+    {"deletePolicy", [](Registry& r) { r.adapter.deletePolicy(security, orders); }, false},
+    {"policyExists", [](Registry& r) { r.adapter.policyExists(security, orders); }, false},
+    {"getPolicyNames",
+     [](Registry& r) {
+       KorWstring names;
+       r.adapter.getPolicyNames(security, names);
+     },
+     false},
+    {"createService", [](Registry& r) { r.adapter.createService(text("New"), text("urn:ns"), text("<n/>")); },
+     false},
+    {"serviceExists", [](Registry& r) { r.adapter.serviceExists(orders, text("urn:ns")); }, false},
+    {"getService",
+     [](Registry& r) {
+       KorISRService service;
+       r.adapter.getService(orders, service);
+     },
+     false},
+    {"deleteService", [](Registry& r) { r.adapter.deleteService(orders); }, false},
+    {"getServices", [](Registry& r) { r.adapter.getServices(); }, false},
+    {"setRepositoryDetails",
+     [](Registry& r) {
+       r.adapter.setRepositoryDetails(text("1"), text("2"), text("3"), true, text("5"), text("6"), 7);
+     },
+     false},
+    {"migratePoliciesFromISR", [](Registry& r) { r.adapter.migratePoliciesFromISR(); }, false},
+    {"stopMessageFlow",
+     [](Registry& r) { r.adapter.stopMessageFlow(text("1"), text("2"), text("3"), text("4")); }, false},
+    {"KorISRAdapterImpl", [](Registry& r) { r.built = std::make_unique<KorISRAdapterImpl>(text("built")); },
+     false},
+    {"~KorISRAdapterImpl", [](Registry& r) { r.spare.reset(); }, false},
+    // The translation of a known Java exception, with its text and inserts.
+    {"getBTD of a missing BTD",
+     [](Registry& r) {
+       KorWstring content, uri;
+       r.adapter.getBTD(text("Missing"), content, uri);
+     },
+     true},
+    {"createPolicy of a present policy",
+     [](Registry& r) {
+       KorWstring uri;
+       r.adapter.createPolicy(security, orders, text("<p/>"), uri);
+     },
+     true},
+};
+
+enum class Ending { returned, recoverable, fatal };
+
+struct Outcome {
+  Ending ending;
+  int calls; // failable JNI calls the operation made
+};
+
+// The exceptions that a failed JNI call leaves pending: an Error, which the
+// library takes as fatal, and an exception, which it takes as recoverable.
+const char* const faultClasses[] = {"java/lang/OutOfMemoryError", "java/lang/IllegalStateException"};
+
+class JniFaultSweep : public JvmTest, public ::testing::WithParamInterface<const char*> {
+protected:
+  void SetUp() override {
+    JvmTest::SetUp();
+    adapter_ = std::make_unique<KorISRAdapterImpl>(text("sweep"));
+    // Arming makes the global reference to the exception class once.
+    TestJvm::failNthCall(0, GetParam());
+    TestJvm::stopFailingCalls();
+  }
+  void TearDown() override {
+    adapter_.reset();
+    JvmTest::TearDown();
+  }
+
+  // One run of op whose nth failable JNI call fails (none when n is 0).
+  Outcome runOnce(const Operation& op, int n) {
+    seed(*adapter_);
+    const long globals = TestJvm::liveGlobalReferences();
+    std::unique_ptr<KorISRAdapterImpl> spare = std::make_unique<KorISRAdapterImpl>(text("spare"));
+    std::unique_ptr<KorISRAdapterImpl> built;
+    Registry registry{*adapter_, spare, built};
+    const int frames = TestJvm::localFrameDepth();
+    const int warnings = TestJvm::unexpectedJniWarnings();
+    Outcome run{Ending::returned, 0};
+    TestJvm::failNthCall(n, GetParam());
+    try {
+      op.run(registry);
+    } catch (const KorRecoverableException&) {
+      run.ending = Ending::recoverable;
+    } catch (const KorFatalException&) {
+      run.ending = Ending::fatal;
+    } catch (const std::exception& error) {
+      ADD_FAILURE() << "not a native exception: " << error.what();
+    }
+    run.calls = TestJvm::stopFailingCalls();
+    if (env->ExceptionCheck()) {
+      env->ExceptionDescribe();
+      env->ExceptionClear();
+      ADD_FAILURE() << "a Java exception was left pending";
+    }
+    EXPECT_EQ(TestJvm::localFrameDepth(), frames) << "local frames pushed and popped do not match";
+    EXPECT_EQ(TestJvm::unexpectedJniWarnings(), warnings) << "the JVM printed JNI warnings";
+    spare.reset();
+    built.reset();
+    EXPECT_EQ(TestJvm::liveGlobalReferences(), globals) << "global references leaked";
+    return run;
+  }
+
+  std::unique_ptr<KorISRAdapterImpl> adapter_;
+};
+
+// Fails every failable JNI call of every operation in turn, the first, then
+// the second and so on until the operation makes no more.
+TEST_P(JniFaultSweep, EveryCallOfEveryOperationFails) {
+  long runs = 0;
+  const long injectedBefore = TestJvm::faultsInjected();
+  for (const Operation& op : operations) {
+    SCOPED_TRACE(op.name);
+    const Outcome unfaulted = runOnce(op, 0);
+    ASSERT_EQ(unfaulted.ending != Ending::returned, op.raisesUnfaulted);
+    int n = 1;
+    for (;; ++n) {
+      SCOPED_TRACE("call " + std::to_string(n) + " fails");
+      const Outcome run = runOnce(op, n);
+      ++runs;
+      if (run.calls < n) {
+        EXPECT_EQ(run.ending, unfaulted.ending) << "the run without a fault ends as before";
+        break;
+      }
+      if (std::string(op.name) != "~KorISRAdapterImpl") {
+        EXPECT_NE(run.ending, Ending::returned) << "a failed JNI call was not reported";
+      }
+      if (HasFailure()) {
+        return;
+      }
+    }
+    std::printf("%s: %d failable JNI calls\n", op.name, n - 1);
+  }
+  std::printf("fault sweep with %s: %ld runs, %ld faults injected\n", GetParam(), runs,
+              TestJvm::faultsInjected() - injectedBefore);
+}
+
+INSTANTIATE_TEST_SUITE_P(PendingException, JniFaultSweep, ::testing::ValuesIn(faultClasses),
+                         [](const ::testing::TestParamInfo<const char*>& info) {
+                           std::string name = info.param;
+                           return name.substr(name.rfind('/') + 1);
+                         });
+
+} // namespace
