@@ -29,21 +29,11 @@ std::string joined(const std::vector<KorWstring>& texts) {
   return result;
 }
 
-// Empties the reference registry, so that each test starts from nothing.
-void clearJavaRegistry() {
-  JNIEnv* env = TestJvm::env();
-  jobject adapter = TestJvm::callStatic("com/vantor/broker/isr/ISRAdapter", "getInstance",
-                                        "()Lcom/vantor/broker/isr/ISRAdapter;");
-  jclass cls = env->GetObjectClass(adapter);
-  env->CallVoidMethod(adapter, env->GetMethodID(cls, "clear", "()V"));
-  ASSERT_FALSE(env->ExceptionCheck());
-}
-
 class JavaAdapterTest : public JvmTest {
 protected:
   void SetUp() override {
     JvmTest::SetUp();
-    clearJavaRegistry();
+    TestJvm::clearReferenceRegistry();
   }
 };
 

@@ -20,14 +20,7 @@ KorWstring text(const char* utf8) {
 // The reference registry with a little of everything, so that listings have
 // elements to read and lookups find what they ask for.
 void seed(KorISRAdapter& adapter) {
-  JNIEnv* env = TestJvm::env();
-  jobject javaAdapter = TestJvm::callStatic("com/vantor/broker/isr/ISRAdapter", "getInstance",
-                                            "()Lcom/vantor/broker/isr/ISRAdapter;");
-  jclass cls = env->GetObjectClass(javaAdapter);
-  env->CallVoidMethod(javaAdapter, env->GetMethodID(cls, "clear", "()V"));
-  ASSERT_FALSE(env->ExceptionCheck());
-  env->DeleteLocalRef(cls);
-  env->DeleteLocalRef(javaAdapter);
+  TestJvm::clearReferenceRegistry();
   KorWstring uri;
   for (const char* name : {"Orders", "Invoices"}) {
     adapter.createBTD(text(name), text("<btd/>"), uri = KorWstring());

@@ -313,6 +313,17 @@ std::string TestJvm::utf8(jobject string) {
   return result;
 }
 
+void TestJvm::clearReferenceRegistry() {
+  JNIEnv* jni = env();
+  jobject adapter = callStatic("com/vantor/broker/isr/ISRAdapter", "getInstance",
+                               "()Lcom/vantor/broker/isr/ISRAdapter;");
+  jclass cls = jni->GetObjectClass(adapter);
+  jni->CallVoidMethod(adapter, jni->GetMethodID(cls, "clear", "()V"));
+  EXPECT_FALSE(jni->ExceptionCheck());
+  jni->DeleteLocalRef(cls);
+  jni->DeleteLocalRef(adapter);
+}
+
 jstring TestJvm::string(const std::string& utf8) {
   return env()->NewStringUTF(utf8.c_str());
 }

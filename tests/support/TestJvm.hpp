@@ -45,6 +45,9 @@ public:
   // An instance call returning an object; any Java exception fails the test.
   static jobject callObject(jobject target, const char* method, const char* signature);
   static jstring string(const std::string& utf8);
+
+  // Empties the reference Java registry, for a test that starts from nothing.
+  static void clearReferenceRegistry();
   static std::string utf8(jobject string);
 };
 
