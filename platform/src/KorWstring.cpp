@@ -227,8 +227,14 @@ KorWstring& KorWstring::append(const CodeUnit* units, std::size_t count) {
   return *this;
 }
 
+// A buffer this string alone holds keeps its capacity for what is appended
+// next, as std::u16string's does.
 void KorWstring::clear() noexcept {
-  release();
+  if (buffer_ != nullptr && buffer_->references.load(std::memory_order_acquire) == 1) {
+    buffer_->length = 0;
+  } else {
+    release();
+  }
 }
 
 KorWstring::CodeUnit* KorWstring::resizeForOverwrite(std::size_t length) {

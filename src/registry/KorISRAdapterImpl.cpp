@@ -204,12 +204,11 @@ std::vector<KorWstring> KorISRAdapterImpl::getBTDNames(KorWstring& names) {
       KorLog::debugTrace(function, token, {"Adding name to result", name});
     }
     result.push_back(name);
+    // Appending to an empty text fills a cleared buffer in place.
     if (!names.empty()) {
       names += nameSeparator();
-      names += name;
-    } else {
-      names = name;
     }
+    names += name;
   }
   debugExit(function, token);
   return result;

@@ -69,8 +69,10 @@ KorWstring policyUri(const KorWstring& type, const KorWstring& name) {
 // An empty name adds nothing to an empty text; the next one then follows
 // without a space.
 void appendName(KorWstring& names, const KorWstring& name) {
+  // Appending to an empty text fills a cleared buffer in place, where an
+  // assignment would give it up.
   if (names.empty()) {
-    names = name;
+    names += name;
   } else {
     names += literals().nameSeparator;
     names += name;

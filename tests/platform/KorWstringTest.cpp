@@ -48,6 +48,17 @@ TEST(KorWstringTest, CopySharesBufferAndWriteCopiesFirst) {
   third.resizeForOverwrite(3)[0] = u'S';
   EXPECT_EQ(original.view(), u"shared");
   EXPECT_EQ(third.view(), u"Sha");
+  // Clearing a shared copy lets go of the buffer; clearing a string's own
+  // buffer keeps it for the next append.
+  KorWstring fourth = original;
+  fourth.clear();
+  EXPECT_EQ(original.view(), u"shared");
+  const KorWstring::CodeUnit* own = copy.data();
+  copy.clear();
+  copy += KorWstring(u"again");
+  EXPECT_EQ(copy.data(), own);
+  EXPECT_EQ(copy.view(), u"again");
+  EXPECT_TRUE(fourth.empty());
 }
 
 TEST(KorWstringTest, AppendGrowsGeometricallyAndMayReadItself) {
