@@ -40,9 +40,9 @@ public:
   virtual void listBTDs(std::vector<KorWstring>& uris) = 0;
   virtual std::vector<KorWstring> getBTDNames(KorWstring& names) = 0;
   virtual std::vector<KorWstring> getPolicyNames(const KorWstring& type, KorWstring& names) = 0;
-  virtual void setRepositoryDetails(const KorWstring& text1, const KorWstring& text2,
-                                    const KorWstring& text3, bool flag, const KorWstring& text5,
-                                    const KorWstring& text6, int value) = 0;
+  virtual void setRepositoryDetails(const KorWstring& text1, const KorWstring& text2, const KorWstring& text3,
+                                    bool flag, const KorWstring& text5, const KorWstring& text6,
+                                    int value) = 0;
   virtual void createService(const KorWstring& name, const KorWstring& serviceNamespace,
                              const KorWstring& document) = 0;
   virtual std::vector<KorISRService> getServices() = 0;

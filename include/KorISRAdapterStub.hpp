@@ -49,8 +49,7 @@ public:
   std::vector<KorWstring> getBTDNames(KorWstring& names) override;
   std::vector<KorWstring> getPolicyNames(const KorWstring& type, KorWstring& names) override;
   void setRepositoryDetails(const KorWstring& text1, const KorWstring& text2, const KorWstring& text3,
-                            bool flag, const KorWstring& text5, const KorWstring& text6,
-                            int value) override;
+                            bool flag, const KorWstring& text5, const KorWstring& text6, int value) override;
   void createService(const KorWstring& name, const KorWstring& serviceNamespace,
                      const KorWstring& document) override;
   std::vector<KorISRService> getServices() override;

@@ -32,8 +32,8 @@ private:
 // Java component's own.
 class KorException : public std::exception {
 public:
-  KorException(const char* sourceFile, int sourceLine, const char* function,
-               const wchar_t* traceSource, std::uint32_t messageNumber, KorLogToken token);
+  KorException(const char* sourceFile, int sourceLine, const char* function, const wchar_t* traceSource,
+               std::uint32_t messageNumber, KorLogToken token);
 
   KorException& operator<<(const char* utf8);
   KorException& operator<<(const KorWstring& text);
@@ -88,4 +88,6 @@ public:
 };
 
 // 0xC0000000 + the DRX number.
-constexpr std::uint32_t korMessageNumber(unsigned drx) noexcept { return 0xC0000000U + drx; }
+constexpr std::uint32_t korMessageNumber(unsigned drx) noexcept {
+  return 0xC0000000U + drx;
+}

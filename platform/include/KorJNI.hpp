@@ -17,7 +17,7 @@ public:
 
   struct ClassInfo {
     jclass* classSlot;
-    const char* className; // internal form, with '/'
+    const char* className;     // internal form, with '/'
     const MethodInfo* methods; // null when the class has no method rows
     const void* reserved1;
     const void* reserved2;

@@ -24,9 +24,8 @@ public:
   // Records a known exception in the outcome; the base knows none.
   virtual bool checkForKnownExceptions(JNIEnv* env, jthrowable throwable, KorJniReturn& outcome) const;
   // Unpacks a known exception; the base knows none.
-  virtual bool processKnownException(JNIEnv* env, jobject exception, int& messageNumber,
-                                     KorWstring& text, std::vector<KorWstring>& inserts,
-                                     bool& nested) const;
+  virtual bool processKnownException(JNIEnv* env, jobject exception, int& messageNumber, KorWstring& text,
+                                     std::vector<KorWstring>& inserts, bool& nested) const;
 
   // A new local reference; null (with the JVM's exception pending) when the
   // JVM cannot allocate it.

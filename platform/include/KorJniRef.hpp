@@ -9,8 +9,7 @@
 
 // A local reference, for code that runs outside a local frame or in a loop
 // that must not let references pile up.
-template <typename T = jobject>
-class KorLocalRef {
+template <typename T = jobject> class KorLocalRef {
 public:
   KorLocalRef(JNIEnv* env, T ref) noexcept : env_(env), ref_(ref) {}
   KorLocalRef(const KorLocalRef&) = delete;
@@ -30,8 +29,7 @@ private:
 };
 
 // A global reference; valid on every thread until deleted.
-template <typename T = jobject>
-class KorGlobalRef {
+template <typename T = jobject> class KorGlobalRef {
 public:
   KorGlobalRef() noexcept = default;
   // Null, with the JVM's exception pending, when it cannot be made.
@@ -39,8 +37,7 @@ public:
       : env_(env), ref_(local != nullptr ? static_cast<T>(env->NewGlobalRef(local)) : nullptr) {}
   KorGlobalRef(const KorGlobalRef&) = delete;
   KorGlobalRef& operator=(const KorGlobalRef&) = delete;
-  KorGlobalRef(KorGlobalRef&& other) noexcept
-      : env_(other.env_), ref_(std::exchange(other.ref_, nullptr)) {}
+  KorGlobalRef(KorGlobalRef&& other) noexcept : env_(other.env_), ref_(std::exchange(other.ref_, nullptr)) {}
   KorGlobalRef& operator=(KorGlobalRef&& other) noexcept {
     std::swap(env_, other.env_);
     std::swap(ref_, other.ref_);

@@ -70,7 +70,7 @@ void KorJniReturn::logJavaExceptionToBrokerTrace(jthrowable& throwable) {
 
 void KorJniReturn::processRootKnownException(KorRecoverableException& error) {
   KorLocalRef<> exception(env_,
-                         env_->GetObjectArrayElement(static_cast<jobjectArray>(knownExceptionHolder_), 0));
+                          env_->GetObjectArrayElement(static_cast<jobjectArray>(knownExceptionHolder_), 0));
   if (env_->ExceptionCheck()) {
     env_->ExceptionDescribe();
     env_->ExceptionClear();

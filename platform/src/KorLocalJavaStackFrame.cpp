@@ -15,7 +15,8 @@ KorLocalJavaStackFrame::KorLocalJavaStackFrame() : env_(KorJVM::getEnvironment()
     env_->ExceptionClear();
     KorFatalException error("platform/KorLocalJavaStackFrame", __LINE__, "KorLocalJavaStackFrame",
                             KorLog::iDefaultLogSource, korMessageNumber(3702), 0);
-    error << "Fatal Error Making JNI Call: PushLocalFrame" << "PushLocalFrame";
+    error << "Fatal Error Making JNI Call: PushLocalFrame"
+          << "PushLocalFrame";
     error.throwThis();
   }
 }

@@ -154,7 +154,8 @@ void KorISRAdapterImpl::getBTD(const KorWstring& name, KorWstring& content, KorW
   java.call<void>("method_com_vantor_broker_isr_ISRAdapter_getBTD", javaAdapter_,
                   java.manager().isrAdapter().getBTD, document);
   uri = java.requiredText("method_com_vantor_broker_isr_BTDDocument_getUri", document, btd.getUri);
-  content = java.requiredText("method_com_vantor_broker_isr_BTDDocument_getContent", document, btd.getContent);
+  content =
+      java.requiredText("method_com_vantor_broker_isr_BTDDocument_getContent", document, btd.getContent);
   debugExit(function, token);
 }
 
@@ -272,8 +273,8 @@ void KorISRAdapterImpl::deletePolicy(const KorWstring& type, const KorWstring& n
   }
   KorJniCallScope java(function, token);
   jobject query = policyQuery(java, type, name);
-  java.call<void>("PolicyRespositoryManager_deletePolicy", javaAdapter_, java.manager().isrAdapter().deletePolicy,
-                  query);
+  java.call<void>("PolicyRespositoryManager_deletePolicy", javaAdapter_,
+                  java.manager().isrAdapter().deletePolicy, query);
   debugExit(function, token);
 }
 
@@ -337,8 +338,8 @@ void KorISRAdapterImpl::createService(const KorWstring& name, const KorWstring& 
   jstring javaName = java.string(name);
   jstring javaNamespace = java.string(serviceNamespace);
   jstring javaDocument = java.string(document);
-  jobject object =
-      java.construct("NewObject", service.cls, service.initWithDocument, javaName, javaNamespace, javaDocument);
+  jobject object = java.construct("NewObject", service.cls, service.initWithDocument, javaName, javaNamespace,
+                                  javaDocument);
   java.call<void>("method_com_vantor_broker_isr_ISRAdapter_createService", javaAdapter_,
                   java.manager().isrAdapter().createService, object);
   debugExit(function, token);
@@ -377,13 +378,13 @@ bool KorISRAdapterImpl::getService(const KorWstring& name, KorISRService& servic
   if (debugTrace()) {
     KorLog::debugTrace(function, token, {"serviceName=", serviceName});
   }
-  KorWstring serviceNamespace =
-      java.optionalText("method_com_vantor_broker_isr_ISRSerivce_getNamespace", found, javaService.getNamespace);
+  KorWstring serviceNamespace = java.optionalText("method_com_vantor_broker_isr_ISRSerivce_getNamespace",
+                                                  found, javaService.getNamespace);
   if (debugTrace()) {
     KorLog::debugTrace(function, token, {"serviceNamespace=", serviceNamespace});
   }
-  KorWstring document =
-      java.optionalText("method_com_vantor_broker_isr_ISRService_getDocument", found, javaService.getDocument);
+  KorWstring document = java.optionalText("method_com_vantor_broker_isr_ISRService_getDocument", found,
+                                          javaService.getDocument);
   if (debugTrace()) {
     KorLog::debugTrace(function, token, {"serviceContent=", document});
   }
@@ -410,7 +411,8 @@ std::vector<KorISRService> KorISRAdapterImpl::getServices() {
   KorJniCallScope java(function, token);
   const auto& javaService = java.manager().isrService();
   const char* const listLabel = "method_com_vantor_broker_isr_ISRAdapter_getServicesWithoutDoc";
-  jobject services = java.call<jobject>(listLabel, javaAdapter_, java.manager().isrAdapter().getServicesWithoutDoc);
+  jobject services =
+      java.call<jobject>(listLabel, javaAdapter_, java.manager().isrAdapter().getServicesWithoutDoc);
   jsize count = java.length(services);
   for (jsize i = 0; i < count; ++i) {
     jobject service = java.element(listLabel, services, i);
@@ -444,9 +446,9 @@ void KorISRAdapterImpl::setRepositoryDetails(const KorWstring& text1, const KorW
   jstring java3 = java.string(text3);
   jstring java5 = java.string(text5);
   jstring java6 = java.string(text6);
-  java.call<void>("ISRAdapter_setRepositoryDetails", javaAdapter_, java.manager().isrAdapter().setRepositoryDetails,
-                  java1, java2, java3, static_cast<jboolean>(flag ? JNI_TRUE : JNI_FALSE), java5, java6,
-                  static_cast<jint>(value));
+  java.call<void>("ISRAdapter_setRepositoryDetails", javaAdapter_,
+                  java.manager().isrAdapter().setRepositoryDetails, java1, java2, java3,
+                  static_cast<jboolean>(flag ? JNI_TRUE : JNI_FALSE), java5, java6, static_cast<jint>(value));
   debugExit(function, token);
 }
 
@@ -456,8 +458,8 @@ void KorISRAdapterImpl::migratePoliciesFromISR() {
   KorJniCallScope java(function, token);
   const auto& migration = java.manager().isrMigration();
   const char* const instanceLabel = "ISRMigration_getInstance";
-  jobject migrator =
-      java.nonNull(instanceLabel, java.callStatic<jobject>(instanceLabel, migration.cls, migration.getInstance));
+  jobject migrator = java.nonNull(
+      instanceLabel, java.callStatic<jobject>(instanceLabel, migration.cls, migration.getInstance));
   // The Java side reports a failed migration through an exception; its
   // result says nothing more.
   java.call<bool>("method_com_vantor_broker_isr_migration_ISRMigration_migrateISR", migrator,
@@ -475,7 +477,7 @@ void KorISRAdapterImpl::stopMessageFlow(const KorWstring& text1, const KorWstrin
   jstring java2 = java.string(text2);
   jstring java3 = java.string(text3);
   jstring java4 = java.string(text4);
-  java.callStatic<void>("MessageFlowProxy_stopMessageFlow", proxy.cls, proxy.stopMessageFlow, java1, java2, java3,
-                        java4);
+  java.callStatic<void>("MessageFlowProxy_stopMessageFlow", proxy.cls, proxy.stopMessageFlow, java1, java2,
+                        java3, java4);
   debugExit(function, token);
 }

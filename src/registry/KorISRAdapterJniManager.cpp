@@ -143,7 +143,8 @@ void KorISRAdapterJniManager::initialise() {
       {&p.cls, "com/vantor/broker/isr/ISRPolicy", isrPolicyMethods, nullptr, nullptr, nullptr},
       {&b.cls, "com/vantor/broker/isr/BTDDocument", btdDocumentMethods, nullptr, nullptr, nullptr},
       {&s.cls, "com/vantor/broker/isr/ISRService", isrServiceMethods, nullptr, nullptr, nullptr},
-      {&m.cls, "com/vantor/broker/isr/migration/ISRMigration", isrMigrationMethods, nullptr, nullptr, nullptr},
+      {&m.cls, "com/vantor/broker/isr/migration/ISRMigration", isrMigrationMethods, nullptr, nullptr,
+       nullptr},
       {&x.cls, "com/vantor/broker/plugin/LxException", lxExceptionMethods, nullptr, nullptr, nullptr},
       {&lxRecoverableException_.cls, "com/vantor/broker/plugin/LxRecoverableException", nullptr, nullptr,
        nullptr, nullptr},
@@ -266,8 +267,8 @@ bool KorISRAdapterJniManager::processKnownException(JNIEnv* env, jobject excepti
     if (!element) {
       continue;
     }
-    KorLocalRef<jstring> rendered(env,
-                                  static_cast<jstring>(env->CallObjectMethod(element.get(), object_.toString)));
+    KorLocalRef<jstring> rendered(
+        env, static_cast<jstring>(env->CallObjectMethod(element.get(), object_.toString)));
     if (clearedException(env)) {
       insertFailed("CallObjectMethod() failed", __LINE__);
     }

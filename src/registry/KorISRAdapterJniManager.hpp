@@ -16,10 +16,9 @@ class KOR_EXPORT KorISRAdapterJniManager : public KorJniManager {
 public:
   struct ISRAdapterClass {
     jclass cls;
-    jmethodID getInstance, createPolicy, setRepositoryDetails, policyExists, getPolicy,
-        getPoliciesWithoutDoc, deletePolicy, updatePolicy, getPolicyNames, createService,
-        getServicesWithoutDoc, getService, deleteService, serviceExists, createBTD, updateBTD, deleteBTD,
-        getBTD, getBTDs, btdExists;
+    jmethodID getInstance, createPolicy, setRepositoryDetails, policyExists, getPolicy, getPoliciesWithoutDoc,
+        deletePolicy, updatePolicy, getPolicyNames, createService, getServicesWithoutDoc, getService,
+        deleteService, serviceExists, createBTD, updateBTD, deleteBTD, getBTD, getBTDs, btdExists;
   };
   struct ISRPolicyClass {
     jclass cls;

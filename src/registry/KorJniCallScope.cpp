@@ -17,7 +17,8 @@ KorWstring messageText(const char* prefix, const KorCallLabel& label) {
 template <typename Exception>
 Exception generic(const char* function, const KorCallLabel& label, unsigned drx, const char* prefix,
                   KorLogToken token, const KorWstring& text1, const KorWstring& text2) {
-  Exception error(sourceFile, label.line(), function, KorLog::iDefaultLogSource, korMessageNumber(drx), token);
+  Exception error(sourceFile, label.line(), function, KorLog::iDefaultLogSource, korMessageNumber(drx),
+                  token);
   error << messageText(prefix, label) << label.text() << text1 << text2;
   return error;
 }

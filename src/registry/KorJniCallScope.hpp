@@ -117,8 +117,8 @@ public:
     return array != nullptr ? env_->GetArrayLength(static_cast<jobjectArray>(array)) : 0;
   }
   jobject element(const KorCallLabel& label, jobject array, jsize index) {
-    return finish<jobject>(label,
-                           [&] { return env_->GetObjectArrayElement(static_cast<jobjectArray>(array), index); });
+    return finish<jobject>(
+        label, [&] { return env_->GetObjectArrayElement(static_cast<jobjectArray>(array), index); });
   }
 
   // A global reference to object; failing to make one is an error.
@@ -141,8 +141,7 @@ private:
     }
   }
 
-  template <typename R, typename Call>
-  R finish(const KorCallLabel& label, Call&& javaCall) {
+  template <typename R, typename Call> R finish(const KorCallLabel& label, Call&& javaCall) {
     if constexpr (std::is_void_v<R>) {
       javaCall();
       check(label);

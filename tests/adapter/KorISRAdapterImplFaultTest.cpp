@@ -23,9 +23,9 @@ enum class Outcome { known = 1, other = 2, fatal = 3, null = 4, nullElement = 5 
 void arm(const char* point, Outcome outcome) {
   JNIEnv* env = TestJvm::env();
   jobjectArray inserts = env->NewObjectArray(1, env->FindClass("java/lang/Object"), env->NewStringUTF("i1"));
-  TestJvm::callStatic("legiorrug/faults/Faults", "arm", "(Ljava/lang/String;IJLjava/lang/String;[Ljava/lang/Object;)V",
-                      TestJvm::string(point), static_cast<jint>(outcome), jlong{3001},
-                      TestJvm::string("fault text"), inserts);
+  TestJvm::callStatic("legiorrug/faults/Faults", "arm",
+                      "(Ljava/lang/String;IJLjava/lang/String;[Ljava/lang/Object;)V", TestJvm::string(point),
+                      static_cast<jint>(outcome), jlong{3001}, TestJvm::string("fault text"), inserts);
 }
 
 void disarm() {
@@ -44,8 +44,8 @@ struct OutParameters {
   KorISRService service{text("name?"), text("namespace?"), text("document?")};
 
   std::string render() const {
-    std::string line = "uri=" + uri.toUtf8() + " content=" + content.toUtf8() + " document=" + document.toUtf8() +
-                       " names=" + names.toUtf8() + " uris=";
+    std::string line = "uri=" + uri.toUtf8() + " content=" + content.toUtf8() +
+                       " document=" + document.toUtf8() + " names=" + names.toUtf8() + " uris=";
     for (const auto& entry : uris) {
       line += entry.toUtf8() + ",";
     }
@@ -61,9 +61,9 @@ using Operation = std::function<void(KorISRAdapter&, OutParameters&)>;
 struct Call {
   const char* operation;
   Operation run;
-  const char* point;   // the Java method or constructor that fails
-  const char* label;   // the call label the failure must carry
-  bool nullIsAnError;  // a null answer there raises DRX3703
+  const char* point;  // the Java method or constructor that fails
+  const char* label;  // the call label the failure must carry
+  bool nullIsAnError; // a null answer there raises DRX3703
   std::string outAfterFailure = untouched;
 };
 
@@ -71,8 +71,12 @@ const KorWstring orders = text("Orders");
 const KorWstring security = text("Security");
 const KorWstring gold = text("Gold");
 
-const Operation createBTD = [](KorISRAdapter& a, OutParameters& o) { a.createBTD(orders, text("<o/>"), o.uri); };
-const Operation updateBTD = [](KorISRAdapter& a, OutParameters& o) { a.updateBTD(orders, text("<o/>"), o.uri); };
+const Operation createBTD = [](KorISRAdapter& a, OutParameters& o) {
+  a.createBTD(orders, text("<o/>"), o.uri);
+};
+const Operation updateBTD = [](KorISRAdapter& a, OutParameters& o) {
+  a.updateBTD(orders, text("<o/>"), o.uri);
+};
 const Operation getBTD = [](KorISRAdapter& a, OutParameters& o) { a.getBTD(orders, o.content, o.uri); };
 const Operation deleteBTD = [](KorISRAdapter& a, OutParameters&) { a.deleteBTD(orders); };
 const Operation btdExists = [](KorISRAdapter& a, OutParameters&) { a.btdExists(orders); };
@@ -84,14 +88,20 @@ const Operation createPolicy = [](KorISRAdapter& a, OutParameters& o) {
 const Operation updatePolicy = [](KorISRAdapter& a, OutParameters& o) {
   a.updatePolicy(security, gold, text("<p/>"), o.uri);
 };
-const Operation getPolicy = [](KorISRAdapter& a, OutParameters& o) { a.getPolicy(security, gold, o.document, o.uri); };
+const Operation getPolicy = [](KorISRAdapter& a, OutParameters& o) {
+  a.getPolicy(security, gold, o.document, o.uri);
+};
 const Operation deletePolicy = [](KorISRAdapter& a, OutParameters&) { a.deletePolicy(security, gold); };
 const Operation policyExists = [](KorISRAdapter& a, OutParameters&) { a.policyExists(security, gold); };
-const Operation getPolicyNames = [](KorISRAdapter& a, OutParameters& o) { a.getPolicyNames(security, o.names); };
+const Operation getPolicyNames = [](KorISRAdapter& a, OutParameters& o) {
+  a.getPolicyNames(security, o.names);
+};
 const Operation createService = [](KorISRAdapter& a, OutParameters&) {
   a.createService(text("s"), text("ns"), text("<s/>"));
 };
-const Operation serviceExists = [](KorISRAdapter& a, OutParameters&) { a.serviceExists(text("s"), text("ns")); };
+const Operation serviceExists = [](KorISRAdapter& a, OutParameters&) {
+  a.serviceExists(text("s"), text("ns"));
+};
 const Operation getService = [](KorISRAdapter& a, OutParameters& o) { a.getService(text("s"), o.service); };
 const Operation deleteService = [](KorISRAdapter& a, OutParameters&) { a.deleteService(text("s")); };
 const Operation getServices = [](KorISRAdapter& a, OutParameters&) { a.getServices(); };
@@ -102,7 +112,9 @@ const Operation migrate = [](KorISRAdapter& a, OutParameters&) { a.migratePolici
 const Operation stopFlow = [](KorISRAdapter& a, OutParameters&) {
   a.stopMessageFlow(text("1"), text("2"), text("3"), text("4"));
 };
-const Operation construct = [](KorISRAdapter&, OutParameters&) { KorISRAdapterImpl another(text("another")); };
+const Operation construct = [](KorISRAdapter&, OutParameters&) {
+  KorISRAdapterImpl another(text("another"));
+};
 
 std::string withUri(const char* uri) {
   OutParameters out;
@@ -118,23 +130,27 @@ std::string withNames(const char* names) {
 
 const std::vector<Call> calls = {
     {"createBTD", createBTD, "BTDDocument.<init>", "NewObject", true},
-    {"createBTD", createBTD, "ISRAdapter.createBTD", "method_com_vantor_broker_isr_ISRAdapter_createBTD", false},
+    {"createBTD", createBTD, "ISRAdapter.createBTD", "method_com_vantor_broker_isr_ISRAdapter_createBTD",
+     false},
     {"createBTD", createBTD, "BTDDocument.getUri", "method_com_vantor_broker_isr_BTDDocument_getUri", true},
     {"updateBTD", updateBTD, "BTDDocument.<init>", "NewObject", true},
-    {"updateBTD", updateBTD, "ISRAdapter.updateBTD", "method_com_vantor_broker_isr_ISRAdapter_updateBTD", false},
+    {"updateBTD", updateBTD, "ISRAdapter.updateBTD", "method_com_vantor_broker_isr_ISRAdapter_updateBTD",
+     false},
     {"updateBTD", updateBTD, "BTDDocument.getUri", "method_com_vantor_broker_isr_BTDDocument_getUri", true},
     {"getBTD", getBTD, "BTDDocument.<init>", "NewObject", true},
     {"getBTD", getBTD, "ISRAdapter.getBTD", "method_com_vantor_broker_isr_ISRAdapter_getBTD", false},
     {"getBTD", getBTD, "BTDDocument.getUri", "method_com_vantor_broker_isr_BTDDocument_getUri", true},
     {"getBTD", getBTD, "BTDDocument.getContent", "method_com_vantor_broker_isr_BTDDocument_getContent", true,
      withUri("/fault/btd/Orders")},
-    {"deleteBTD", deleteBTD, "ISRAdapter.deleteBTD", "method_com_vantor_broker_isr_ISRAdapter_deleteBTD", false},
+    {"deleteBTD", deleteBTD, "ISRAdapter.deleteBTD", "method_com_vantor_broker_isr_ISRAdapter_deleteBTD",
+     false},
     {"btdExists", btdExists, "ISRAdapter.btdExists", "PolicyRespositoryManager_btdExists", false},
     {"listBTDs", listBTDs, "ISRAdapter.getBTDs", "method_com_vantor_broker_isr_ISRAdapter_getBTDs", false},
     {"listBTDs", listBTDs, "BTDDocument.getUri", "method_com_vantor_broker_isr_BTDDocument_getUri", true},
-    {"getBTDNames", getBTDNames, "ISRAdapter.getBTDs", "method_com_vantor_broker_isr_ISRAdapter_getBTDs", false},
-    {"getBTDNames", getBTDNames, "BTDDocument.getName", "method_com_vantor_broker_isr_BTDDocument_getName", true,
-     withNames("")},
+    {"getBTDNames", getBTDNames, "ISRAdapter.getBTDs", "method_com_vantor_broker_isr_ISRAdapter_getBTDs",
+     false},
+    {"getBTDNames", getBTDNames, "BTDDocument.getName", "method_com_vantor_broker_isr_BTDDocument_getName",
+     true, withNames("")},
     {"createPolicy", createPolicy, "ISRPolicy.<init>", "NewObject", true},
     {"createPolicy", createPolicy, "ISRPolicy.validateContent", "ISRPolicy_validateContent", false},
     {"createPolicy", createPolicy, "ISRAdapter.createPolicy", "PolicyRespositoryManager_createPolicy", false},
@@ -156,33 +172,37 @@ const std::vector<Call> calls = {
      true},
     {"getPolicyNames", getPolicyNames, "ISRAdapter.getPoliciesWithoutDoc",
      "method_com_vantor_broker_isr_ISRAdapter_getPoliciesWithoutDoc", false, withNames("p1 p2")},
-    {"getPolicyNames", getPolicyNames, "ISRPolicy.getName", "method_com_vantor_broker_isr_ISRPolicy_getName", false,
-     withNames("p1 p2")},
+    {"getPolicyNames", getPolicyNames, "ISRPolicy.getName", "method_com_vantor_broker_isr_ISRPolicy_getName",
+     false, withNames("p1 p2")},
     {"createService", createService, "ISRService.<init>3", "NewObject", true},
     {"createService", createService, "ISRAdapter.createService",
      "method_com_vantor_broker_isr_ISRAdapter_createService", false},
     {"serviceExists", serviceExists, "ISRService.<init>2", "NewObject", true},
     {"serviceExists", serviceExists, "ISRAdapter.serviceExists",
      "method_com_vantor_broker_isr_ISRAdapter_serviceExists", false},
-    {"getService", getService, "ISRAdapter.getService", "method_com_vantor_broker_isr_ISRAdapter_getService", false},
-    {"getService", getService, "ISRService.getName", "method_com_vantor_broker_isr_ISRService_getName", false},
-    {"getService", getService, "ISRService.getNamespace", "method_com_vantor_broker_isr_ISRSerivce_getNamespace",
+    {"getService", getService, "ISRAdapter.getService", "method_com_vantor_broker_isr_ISRAdapter_getService",
      false},
-    {"getService", getService, "ISRService.getDocument", "method_com_vantor_broker_isr_ISRService_getDocument",
+    {"getService", getService, "ISRService.getName", "method_com_vantor_broker_isr_ISRService_getName",
      false},
+    {"getService", getService, "ISRService.getNamespace",
+     "method_com_vantor_broker_isr_ISRSerivce_getNamespace", false},
+    {"getService", getService, "ISRService.getDocument",
+     "method_com_vantor_broker_isr_ISRService_getDocument", false},
     {"deleteService", deleteService, "ISRAdapter.deleteService",
      "method_com_vantor_broker_isr_ISRAdapter_deleteService", false},
     {"getServices", getServices, "ISRAdapter.getServicesWithoutDoc",
      "method_com_vantor_broker_isr_ISRAdapter_getServicesWithoutDoc", false},
-    {"getServices", getServices, "ISRService.getName", "method_com_vantor_broker_isr_ISRService_getName", false},
-    {"getServices", getServices, "ISRService.getNamespace", "method_com_vantor_broker_isr_ISRSerivce_getNamespace",
+    {"getServices", getServices, "ISRService.getName", "method_com_vantor_broker_isr_ISRService_getName",
      false},
+    {"getServices", getServices, "ISRService.getNamespace",
+     "method_com_vantor_broker_isr_ISRSerivce_getNamespace", false},
     {"setRepositoryDetails", setRepositoryDetails, "ISRAdapter.setRepositoryDetails",
      "ISRAdapter_setRepositoryDetails", false},
     {"migratePoliciesFromISR", migrate, "ISRMigration.getInstance", "ISRMigration_getInstance", true},
     {"migratePoliciesFromISR", migrate, "ISRMigration.migrateISR",
      "method_com_vantor_broker_isr_migration_ISRMigration_migrateISR", false},
-    {"stopMessageFlow", stopFlow, "MessageFlowProxy.stopMessageFlow", "MessageFlowProxy_stopMessageFlow", false},
+    {"stopMessageFlow", stopFlow, "MessageFlowProxy.stopMessageFlow", "MessageFlowProxy_stopMessageFlow",
+     false},
     {"KorISRAdapterImpl", construct, "ISRAdapter.getInstance", "ISRAdapter_getInstance", true},
 };
 
@@ -199,7 +219,9 @@ Expected expectedFor(Outcome outcome, const std::string& label) {
   case Outcome::other:
     return {false, 0xC0000E75, {"Error Making JNI Call: " + label, label, "java.lang.IllegalStateException"}};
   case Outcome::fatal:
-    return {true, 0xC0000E76, {"Fatal Error Making JNI Call: " + label, label, "legiorrug.faults.FatalTestError"}};
+    return {true,
+            0xC0000E76,
+            {"Fatal Error Making JNI Call: " + label, label, "legiorrug.faults.FatalTestError"}};
   default:
     return {false, 0xC0000E77, {"Unexpected NULL returned from JNI Call in: " + label, label}};
   }
@@ -279,7 +301,8 @@ TEST_F(FaultTest, NullsThatMeanNothingOrEmpty) {
   ASSERT_TRUE(adapter->getService(text("s"), out.service));
   EXPECT_EQ(out.service.serviceNamespace.toUtf8(), "");
   arm("ISRPolicy.getName", Outcome::null);
-  EXPECT_EQ(adapter->getPolicyNames(security, out.names), (std::vector<KorWstring>{KorWstring(), KorWstring()}));
+  EXPECT_EQ(adapter->getPolicyNames(security, out.names),
+            (std::vector<KorWstring>{KorWstring(), KorWstring()}));
   arm("ISRAdapter.getBTDs", Outcome::null);
   adapter->listBTDs(out.uris);
   EXPECT_EQ(out.uris.size(), 1U);
@@ -310,8 +333,9 @@ TEST_F(FaultTest, AFailedValidationNeverReachesTheRegistry) {
   disarm();
   JNIEnv* jni = TestJvm::env();
   jclass faults = jni->FindClass("legiorrug/faults/Faults");
-  jint calls = jni->CallStaticIntMethod(faults, jni->GetStaticMethodID(faults, "calls", "(Ljava/lang/String;)I"),
-                                        TestJvm::string("ISRAdapter.createPolicy"));
+  jint calls =
+      jni->CallStaticIntMethod(faults, jni->GetStaticMethodID(faults, "calls", "(Ljava/lang/String;)I"),
+                               TestJvm::string("ISRAdapter.createPolicy"));
   ASSERT_FALSE(jni->ExceptionCheck());
   EXPECT_EQ(calls, 0);
 }
@@ -323,7 +347,8 @@ struct TraceLevel {
 };
 
 TEST_F(FaultTest, TraceItemsFollowTheFilter) {
-  for (const TraceLevel level : {TraceLevel{2, false, false}, TraceLevel{3, false, true}, TraceLevel{4, true, true}}) {
+  for (const TraceLevel level :
+       {TraceLevel{2, false, false}, TraceLevel{3, false, true}, TraceLevel{4, true, true}}) {
     SCOPED_TRACE(level.filter);
     auto capture = std::make_shared<KorLogCapture>();
     auto previous = KorLog::setSink(capture);

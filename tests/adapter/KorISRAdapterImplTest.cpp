@@ -145,7 +145,8 @@ TEST_F(JavaAdapterTest, ServicesAndAdministrativeRequestsReachJava) {
   EXPECT_FALSE(adapter.getService(text("missing"), service));
   EXPECT_EQ(service.name.toUtf8(), "old");
   ASSERT_TRUE(adapter.getService(text("s1"), service));
-  EXPECT_EQ(service.name.toUtf8() + service.serviceNamespace.toUtf8() + service.document.toUtf8(), "s1ns1<d1/>");
+  EXPECT_EQ(service.name.toUtf8() + service.serviceNamespace.toUtf8() + service.document.toUtf8(),
+            "s1ns1<d1/>");
   std::vector<KorISRService> services = adapter.getServices();
   ASSERT_EQ(services.size(), 2U);
   EXPECT_EQ(services[0].name.toUtf8() + services[0].serviceNamespace.toUtf8() + services[0].document.toUtf8(),
@@ -159,7 +160,8 @@ TEST_F(JavaAdapterTest, ServicesAndAdministrativeRequestsReachJava) {
   adapter.stopMessageFlow(text("a"), text(""), text("c"), text("d"));
   jobject java = TestJvm::callStatic("com/vantor/broker/isr/ISRAdapter", "getInstance",
                                      "()Lcom/vantor/broker/isr/ISRAdapter;");
-  jobject details = TestJvm::callObject(java, "repositoryDetails", "()Lcom/vantor/broker/isr/RepositoryDetails;");
+  jobject details =
+      TestJvm::callObject(java, "repositoryDetails", "()Lcom/vantor/broker/isr/RepositoryDetails;");
   EXPECT_EQ(TestJvm::utf8(TestJvm::callObject(details, "toString", "()Ljava/lang/String;")),
             "RepositoryDetails[text1=1, text2=2, text3=3, flag=true, text5=5, text6=6, number=-1]");
 }

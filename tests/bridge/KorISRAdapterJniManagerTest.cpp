@@ -65,8 +65,8 @@ jobject newJava(JNIEnv* env, const char* className, const char* signature, ...) 
 }
 
 jobjectArray javaInserts(JNIEnv* env, std::vector<jobject> inserts) {
-  jobjectArray array = env->NewObjectArray(static_cast<jsize>(inserts.size()), env->FindClass("java/lang/Object"),
-                                           nullptr);
+  jobjectArray array =
+      env->NewObjectArray(static_cast<jsize>(inserts.size()), env->FindClass("java/lang/Object"), nullptr);
   for (jsize i = 0; i < static_cast<jsize>(inserts.size()); ++i) {
     env->SetObjectArrayElement(array, i, inserts[static_cast<std::size_t>(i)]);
   }
@@ -74,8 +74,9 @@ jobjectArray javaInserts(JNIEnv* env, std::vector<jobject> inserts) {
 }
 
 jobject knownException(JNIEnv* env, jlong number, std::vector<jobject> inserts) {
-  return newJava(env, "com/vantor/broker/plugin/LxRecoverableException", "(JLjava/lang/String;[Ljava/lang/Object;)V",
-                 number, env->NewStringUTF("trace text"), javaInserts(env, std::move(inserts)));
+  return newJava(env, "com/vantor/broker/plugin/LxRecoverableException",
+                 "(JLjava/lang/String;[Ljava/lang/Object;)V", number, env->NewStringUTF("trace text"),
+                 javaInserts(env, std::move(inserts)));
 }
 
 jobject integer(int value) {
@@ -83,8 +84,9 @@ jobject integer(int value) {
 }
 
 void useRegistryLoader(const char* factory, const std::string& argument) {
-  jobject loader = TestJvm::callStatic("legiorrug/bridge/Loaders", factory,
-                                       "(Ljava/lang/String;)Ljava/lang/ClassLoader;", TestJvm::string(argument));
+  jobject loader =
+      TestJvm::callStatic("legiorrug/bridge/Loaders", factory, "(Ljava/lang/String;)Ljava/lang/ClassLoader;",
+                          TestJvm::string(argument));
   KorJNI::setISRClassLoader(TestJvm::env(), loader);
 }
 
@@ -144,15 +146,19 @@ TEST_P(LookupFailureTest, KeepsTheRowsBeforeTheFailureAndTracesIt) {
 INSTANTIATE_TEST_SUITE_P(
     Lookup, LookupFailureTest,
     ::testing::Values(
-        LookupFailure{"MissingClass", "hiding", "com.vantor.broker.isr.ISRService",
+        LookupFailure{"MissingClass",
+                      "hiding",
+                      "com.vantor.broker.isr.ISRService",
                       {"Unable to locate Java class", "com/vantor/broker/isr/ISRService"},
                       [](const KorISRAdapterJniManager& m) { return m.btdDocument().getContent != nullptr; },
                       [](const KorISRAdapterJniManager& m) { return m.isrService().cls != nullptr; }},
-        LookupFailure{"MissingMethod", "isolated", LEGIORRUG_LX_WITHOUT_GETCLASSNAME_CLASSPATH,
-                      {"Unable to locate Java method or field", "getClassName",
-                       "com/vantor/broker/plugin/LxException"},
-                      [](const KorISRAdapterJniManager& m) { return m.lxException().getMessageKey != nullptr; },
-                      [](const KorISRAdapterJniManager& m) { return m.lxException().getClassName != nullptr; }}),
+        LookupFailure{
+            "MissingMethod",
+            "isolated",
+            LEGIORRUG_LX_WITHOUT_GETCLASSNAME_CLASSPATH,
+            {"Unable to locate Java method or field", "getClassName", "com/vantor/broker/plugin/LxException"},
+            [](const KorISRAdapterJniManager& m) { return m.lxException().getMessageKey != nullptr; },
+            [](const KorISRAdapterJniManager& m) { return m.lxException().getClassName != nullptr; }}),
     [](const auto& info) { return std::string(info.param.name); });
 
 struct Translation {
@@ -197,43 +203,61 @@ INSTANTIATE_TEST_SUITE_P(
                     [](JNIEnv* env) {
                       return knownException(env, 3001, {env->NewStringUTF("a"), nullptr, integer(7)});
                     },
-                    false, true, 3001, {"trace text", "a", "7"}},
+                    false,
+                    true,
+                    3001,
+                    {"trace text", "a", "7"}},
         Translation{"KnownNumberBeyond32Bits",
-                    [](JNIEnv* env) { return knownException(env, 4294970297LL, {}); }, false, true, 3001,
+                    [](JNIEnv* env) { return knownException(env, 4294970297LL, {}); },
+                    false,
+                    true,
+                    3001,
                     {"trace text"}},
         Translation{"KnownWithoutInsertArray",
                     [](JNIEnv* env) {
                       return newJava(env, "legiorrug/bridge/NullInsertsException", "(JLjava/lang/String;)V",
                                      jlong{42}, env->NewStringUTF("no inserts"));
                     },
-                    false, true, 42, {"no inserts"}},
+                    false,
+                    true,
+                    42,
+                    {"no inserts"}},
         Translation{"PlainLxExceptionIsNotKnown",
                     [](JNIEnv* env) {
                       return newJava(env, "com/vantor/broker/plugin/LxException",
                                      "(JLjava/lang/String;[Ljava/lang/Object;)V", jlong{3001},
                                      env->NewStringUTF("plain"), javaInserts(env, {}));
                     },
-                    false, false, 0, {}},
+                    false,
+                    false,
+                    0,
+                    {}},
         Translation{"ErrorIsFatal",
                     [](JNIEnv* env) {
                       return newJava(env, "java/lang/OutOfMemoryError", "(Ljava/lang/String;)V",
                                      env->NewStringUTF("out of memory"));
                     },
-                    true, false, 0, {}},
+                    true,
+                    false,
+                    0,
+                    {}},
         Translation{"AnyOtherException",
                     [](JNIEnv* env) {
                       return newJava(env, "java/lang/IllegalStateException", "(Ljava/lang/String;)V",
                                      env->NewStringUTF("other"));
                     },
-                    false, false, 0, {}}),
+                    false,
+                    false,
+                    0,
+                    {}}),
     [](const auto& info) { return std::string(info.param.name); });
 
 // Needs a process of its own: the fatal class is read when the manager is made.
 TEST_F(JniManagerTest, AFatalClassThatIsAlsoKnownIsFatal) {
   KorJniManager::setDefaultFatalClassName("legiorrug/bridge/FatalKnownException");
   const KorISRAdapterJniManager* manager = KorISRAdapterJniManager::instance();
-  env->Throw(static_cast<jthrowable>(
-      newJava(env, "legiorrug/bridge/FatalKnownException", "(JLjava/lang/String;)V", jlong{7}, env->NewStringUTF("x"))));
+  env->Throw(static_cast<jthrowable>(newJava(env, "legiorrug/bridge/FatalKnownException",
+                                             "(JLjava/lang/String;)V", jlong{7}, env->NewStringUTF("x"))));
   KorJniReturn outcome(env, manager);
   ASSERT_TRUE(outcome.exceptionThrown());
   EXPECT_TRUE(outcome.fatal());

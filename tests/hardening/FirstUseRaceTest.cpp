@@ -12,8 +12,6 @@
 #include <thread>
 #include <vector>
 
-extern char** environ;
-
 namespace {
 
 const int processes = 25;
@@ -30,6 +28,7 @@ TEST(FirstUseRace, Child) {
   std::atomic<int> waiting{threadCount};
   std::vector<KorISRAdapterJniManager*> seen(threadCount);
   std::vector<std::thread> threads;
+  threads.reserve(threadCount);
   for (int t = 0; t < threadCount; ++t) {
     threads.emplace_back([&, t] {
       for (--waiting; waiting.load() > 0;) {
@@ -67,6 +66,7 @@ TEST(FirstUseRace, ManyFreshProcesses) {
     variables.emplace_back(*variable);
   }
   std::vector<char*> childEnvironment;
+  childEnvironment.reserve(variables.size() + 1);
   for (auto& variable : variables) {
     childEnvironment.push_back(variable.data());
   }

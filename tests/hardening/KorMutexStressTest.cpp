@@ -23,6 +23,7 @@ TEST(KorMutexStress, RecursiveHoldsTimedWaitsAndManyWaiters) {
   std::atomic<long> acquired{0};
   std::atomic<long> timedOut{0};
   std::vector<std::thread> threads;
+  threads.reserve(threadCount);
   for (int t = 0; t < threadCount; ++t) {
     threads.emplace_back([&, t] {
       for (int round = 0; round < roundsPerThread; ++round) {

@@ -315,8 +315,8 @@ std::string TestJvm::utf8(jobject string) {
 
 void TestJvm::clearReferenceRegistry() {
   JNIEnv* jni = env();
-  jobject adapter = callStatic("com/vantor/broker/isr/ISRAdapter", "getInstance",
-                               "()Lcom/vantor/broker/isr/ISRAdapter;");
+  jobject adapter =
+      callStatic("com/vantor/broker/isr/ISRAdapter", "getInstance", "()Lcom/vantor/broker/isr/ISRAdapter;");
   jclass cls = jni->GetObjectClass(adapter);
   jni->CallVoidMethod(adapter, jni->GetMethodID(cls, "clear", "()V"));
   EXPECT_FALSE(jni->ExceptionCheck());
