@@ -144,9 +144,6 @@ jobject JNICALL newObject(JNIEnv* env, jclass cls, jmethodID constructor, ...) {
 
 void interposeJniFunctions(JavaVM* vm) {
   ASSERT_EQ(vm->GetEnv(reinterpret_cast<void**>(&jvmti), JVMTI_VERSION_1_2), JNI_OK);
-  jvmtiCapabilities capabilities{};
-  capabilities.can_tag_objects = 1;
-  ASSERT_EQ(jvmti->AddCapabilities(&capabilities), JVMTI_ERROR_NONE);
   jniNativeInterface* table = nullptr;
   ASSERT_EQ(jvmti->GetJNIFunctionTable(&table), JVMTI_ERROR_NONE);
   original = *table;
@@ -193,14 +190,6 @@ void createJvm() {
   interposeJniFunctions(KorJVM::javaVM());
 }
 
-jint JNICALL countGlobalRoot(jvmtiHeapReferenceKind kind, const jvmtiHeapReferenceInfo*, jlong, jlong, jlong,
-                             jlong*, jlong*, jint, void* count) {
-  if (kind == JVMTI_HEAP_REFERENCE_JNI_GLOBAL) {
-    ++*static_cast<long*>(count);
-  }
-  return 0; // roots only: nothing below them matters here
-}
-
 } // namespace
 
 JNIEnv* TestJvm::env() {
@@ -217,14 +206,6 @@ int TestJvm::localFrameDepth() {
   return frameDepth;
 }
 
-long TestJvm::globalReferenceCount() {
-  env();
-  jvmtiHeapCallbacks callbacks{};
-  callbacks.heap_reference_callback = countGlobalRoot;
-  long count = 0;
-  EXPECT_EQ(jvmti->FollowReferences(0, nullptr, nullptr, &callbacks, &count), JVMTI_ERROR_NONE);
-  return count;
-}
 
 void TestJvm::failNextNewObject() {
   nullNextNewObject = true;

@@ -19,8 +19,6 @@ public:
   // PushLocalFrame minus PopLocalFrame calls made on this thread.
   static int localFrameDepth();
 
-  // The JVM's JNI global references, counted as heap roots.
-  static long globalReferenceCount();
   // Global references made through JNI and not deleted yet, on all threads;
   // unlike the heap roots, the JVM's own do not count.
   static long liveGlobalReferences();
