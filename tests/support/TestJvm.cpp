@@ -206,7 +206,6 @@ int TestJvm::localFrameDepth() {
   return frameDepth;
 }
 
-
 void TestJvm::failNextNewObject() {
   nullNextNewObject = true;
 }
