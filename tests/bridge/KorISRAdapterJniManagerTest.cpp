@@ -155,10 +155,11 @@ INSTANTIATE_TEST_SUITE_P(
         LookupFailure{
             "MissingMethod",
             "isolated",
-            LEGIORRUG_LX_WITHOUT_GETCLASSNAME_CLASSPATH,
-            {"Unable to locate Java method or field", "getClassName", "com/vantor/broker/plugin/LxException"},
-            [](const KorISRAdapterJniManager& m) { return m.lxException().getMessageKey != nullptr; },
-            [](const KorISRAdapterJniManager& m) { return m.lxException().getClassName != nullptr; }}),
+            LEGIORRUG_MIGRATION_WITHOUT_MIGRATEISR_CLASSPATH,
+            {"Unable to locate Java method or field", "migrateISR",
+             "com/vantor/broker/isr/migration/ISRMigration"},
+            [](const KorISRAdapterJniManager& m) { return m.isrMigration().getInstance != nullptr; },
+            [](const KorISRAdapterJniManager& m) { return m.isrMigration().migrateISR != nullptr; }}),
     [](const auto& info) { return std::string(info.param.name); });
 
 struct Translation {

@@ -13,7 +13,6 @@
 
 namespace {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 const char* const btdMissing = "Business transation definition does not exist";
@@ -196,29 +195,6 @@ TEST_F(KorISRAdapterStubTest, FailuresRaiseTracedAndLeaveOutParametersAlone) {
   KorWstring document;
   stub.getPolicy(w("Security"), w("Gold"), document, uri);
   EXPECT_EQ(document.toUtf8(), "<gold/>");
-}
-
-TEST_F(KorISRAdapterStubTest, ListingsFollowCodeUnitOrder) {
-  std::vector<KorWstring> uris{w("already there")};
-  for (const char* name : {"b", "B", "a", "ab"}) {
-    KorWstring uri;
-    stub.createBTD(w(name), w("<c/>"), uri);
-    uri = KorWstring();
-    stub.createPolicy(w("T"), w(name), w("<c/>"), uri);
-  }
-  KorWstring names = w("stale");
-  EXPECT_THAT(utf8(stub.getBTDNames(names)), ElementsAre("B", "a", "ab", "b"));
-  EXPECT_EQ(names.toUtf8(), "B a ab b");
-
-  stub.listBTDs(uris);
-  EXPECT_THAT(utf8(uris),
-              ElementsAre("already there", "/apiv1/business/businesstransactions/B",
-                          "/apiv1/business/businesstransactions/a", "/apiv1/business/businesstransactions/ab",
-                          "/apiv1/business/businesstransactions/b"));
-
-  KorWstring policyNames;
-  EXPECT_THAT(utf8(stub.getPolicyNames(w("T"), policyNames)), ElementsAre("B", "a", "ab", "b"));
-  EXPECT_EQ(policyNames.toUtf8(), "B a ab b");
 }
 
 TEST_F(KorISRAdapterStubTest, JoinedNames) {
