@@ -11,7 +11,6 @@
 
 #include <memory>
 #include <optional>
-#include <thread>
 
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
@@ -103,17 +102,6 @@ TEST_F(JniManagerTest, ResolvesEveryRowOnceAndSaysSoWhenAsked) {
   // that every row before it was resolved too.
   EXPECT_NE(manager->messageFlowProxy().stopMessageFlow, nullptr);
   EXPECT_NE(manager->isrAdapter().btdExists, nullptr);
-}
-
-TEST_F(JniManagerTest, FirstUseFromTwoThreadsCreatesOneManager) {
-  KorISRAdapterJniManager* seen[2] = {};
-  std::thread first([&] { seen[0] = KorISRAdapterJniManager::instance(); });
-  std::thread second([&] { seen[1] = KorISRAdapterJniManager::instance(); });
-  first.join();
-  second.join();
-  EXPECT_NE(seen[0], nullptr);
-  EXPECT_EQ(seen[0], seen[1]);
-  EXPECT_EQ(KorISRAdapterJniManager::instance(), seen[0]);
 }
 
 struct LookupFailure {
