@@ -2,6 +2,7 @@
 
 #include "KorISRAdapterJniManager.hpp"
 #include "KorJniCallScope.hpp"
+#include "KorJoinedNames.hpp"
 
 #include <KorException.hpp>
 #include <KorJVM.hpp>
@@ -24,11 +25,6 @@ bool debugTrace() {
 const KorWstring& reservedPolicyType() {
   static const KorWstring type = KorWstringConvertor::toKorWstring(L"BusinessTransactionDefinition");
   return type;
-}
-
-const KorWstring& nameSeparator() {
-  static const KorWstring separator = KorWstringConvertor::toKorWstring(L" ");
-  return separator;
 }
 
 // The inserts are built only once the filter asks for the item: building
@@ -205,11 +201,7 @@ std::vector<KorWstring> KorISRAdapterImpl::getBTDNames(KorWstring& names) {
       KorLog::debugTrace(function, token, {"Adding name to result", name});
     }
     result.push_back(name);
-    // Appending to an empty text fills a cleared buffer in place.
-    if (!names.empty()) {
-      names += nameSeparator();
-    }
-    names += name;
+    korAppendName(names, name);
   }
   debugExit(function, token);
   return result;

@@ -1,5 +1,6 @@
 #include "KorISRAdapterStub.hpp"
 
+#include "KorJoinedNames.hpp"
 #include "KorTracedRaise.hpp"
 
 #include <KorException.hpp>
@@ -25,14 +26,12 @@ struct Literals {
   KorWstring btdUriPrefix;
   KorWstring policyUriPrefix;
   KorWstring pathSeparator;
-  KorWstring nameSeparator;
 };
 
 const Literals& literals() {
   static const Literals texts{KorWstringConvertor::toKorWstring(L"/apiv1/business/businesstransactions/"),
                               KorWstringConvertor::toKorWstring(L"/apiv1/policy/"),
-                              KorWstringConvertor::toKorWstring(L"/"),
-                              KorWstringConvertor::toKorWstring(L" ")};
+                              KorWstringConvertor::toKorWstring(L"/")};
   return texts;
 }
 
@@ -64,19 +63,6 @@ KorWstring policyUri(const KorWstring& type, const KorWstring& name) {
   uri += literals().pathSeparator;
   uri += name;
   return uri;
-}
-
-// An empty name adds nothing to an empty text; the next one then follows
-// without a space.
-void appendName(KorWstring& names, const KorWstring& name) {
-  // Appending to an empty text fills a cleared buffer in place, where an
-  // assignment would give it up.
-  if (names.empty()) {
-    names += name;
-  } else {
-    names += literals().nameSeparator;
-    names += name;
-  }
 }
 
 KorISRAdapterStub::Policy* findPolicy(PolicyStore& policies, const KorWstring& type, const KorWstring& name) {
@@ -200,7 +186,7 @@ std::vector<KorWstring> KorISRAdapterStub::getBTDNames(KorWstring& names) {
       KorLog::trace(function, token, {"Adding name to result", entry.first});
     }
     result.push_back(entry.first);
-    appendName(names, entry.first);
+    korAppendName(names, entry.first);
   }
   if (tracing()) {
     KorLog::exit(function, token);
@@ -283,7 +269,7 @@ std::vector<KorWstring> KorISRAdapterStub::getPolicyNames(const KorWstring& type
   const auto byType = policies_.find(type);
   if (byType != policies_.end()) {
     for (const auto& entry : byType->second) {
-      appendName(names, entry.first);
+      korAppendName(names, entry.first);
       result.push_back(entry.first);
     }
   }
