@@ -14,6 +14,7 @@ struct KorJVMOptions {
 
 // The process's Java virtual machine. Inside the broker the JVM already runs
 // and is found; a host of its own (a test, the shell) creates it first.
+// libjvm is loaded at the first use, never linked.
 class KorJVM {
 public:
   // Creates the JVM and attaches the calling thread. Throws
@@ -26,4 +27,7 @@ public:
   static JNIEnv* getEnvironment();
 
   static JavaVM* javaVM();
+
+  // The libjvm to load, tried before JAVA_HOME's; set before the first use.
+  static void setLibrary(const std::string& path);
 };

@@ -1,6 +1,7 @@
 #include "KorJVM.hpp"
 
 #include "KorException.hpp"
+#include "KorJvmLibrary.hpp"
 #include "KorLog.hpp"
 
 #include <atomic>
@@ -42,7 +43,7 @@ JavaVM* findVm() {
     return vm;
   }
   jsize count = 0;
-  if (JNI_GetCreatedJavaVMs(&vm, 1, &count) != JNI_OK || count == 0) {
+  if (KorJvmLibrary::get().getCreatedJavaVMs(&vm, 1, &count) != JNI_OK || count == 0) {
     return nullptr;
   }
   processVm.store(vm, std::memory_order_release);
@@ -109,7 +110,7 @@ void KorJVM::create(const KorJVMOptions& options) {
 
   JavaVM* vm = nullptr;
   void* env = nullptr;
-  jint rc = JNI_CreateJavaVM(&vm, &env, &args);
+  jint rc = KorJvmLibrary::get().createJavaVM(&vm, &env, &args);
   if (rc != JNI_OK) {
     raise(__LINE__, "JNI_CreateJavaVM", "error " + std::to_string(rc));
   }
@@ -124,4 +125,8 @@ JNIEnv* KorJVM::getEnvironment() {
 
 JavaVM* KorJVM::javaVM() {
   return findVm();
+}
+
+void KorJVM::setLibrary(const std::string& path) {
+  KorJvmLibrary::setPath(path);
 }
