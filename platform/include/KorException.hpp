@@ -38,6 +38,8 @@ public:
   KorException& operator<<(const char* utf8);
   KorException& operator<<(const KorWstring& text);
   KorException& operator<<(const KorException& nested);
+  // For a translation that learns the number only after building the error.
+  void setMessageNumber(std::uint32_t messageNumber);
 
   [[noreturn]] virtual void throwThis() const = 0;
   virtual bool isFatal() const noexcept = 0;

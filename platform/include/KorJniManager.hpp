@@ -21,17 +21,22 @@ public:
   KorJniManager& operator=(const KorJniManager&) = delete;
   virtual ~KorJniManager();
 
-  // Records a known exception in the outcome; the base knows none.
-  virtual bool checkForKnownExceptions(JNIEnv* env, jthrowable throwable, KorJniReturn& outcome) const;
+  // Slot order matters to hosts built separately: unpack, then record.
   // Unpacks a known exception; the base knows none.
   virtual bool processKnownException(JNIEnv* env, jobject exception, int& messageNumber, KorWstring& text,
                                      std::vector<KorWstring>& inserts, bool& nested) const;
+  // Records a known exception in the outcome; the base knows none.
+  virtual bool checkForKnownExceptions(JNIEnv* env, jthrowable throwable, KorJniReturn& outcome) const;
 
   // A new local reference; null (with the JVM's exception pending) when the
   // JVM cannot allocate it.
   jstring KorWstringTojavaString(JNIEnv* env, const KorWstring& text) const;
-  // A null string gives the empty text.
+  // A null string gives the empty text, and so does a failed read, which
+  // leaves its Java exception pending.
   KorWstring javaStringToKorWstringInternal(JNIEnv* env, jstring string) const;
+  // Sets text only when the read succeeds; false leaves text as it was and
+  // the Java exception pending.
+  bool javaStringToKorWstring(JNIEnv* env, jstring string, KorWstring& text) const;
 
   jclass fatalClass() const noexcept { return fatalClass_; }
   jclass elementClass() const noexcept { return elementClass_; }

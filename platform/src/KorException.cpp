@@ -28,6 +28,11 @@ KorException& KorException::operator<<(const KorWstring& text) {
   return *this;
 }
 
+void KorException::setMessageNumber(std::uint32_t messageNumber) {
+  messageNumber_ = messageNumber;
+  renderWhat();
+}
+
 KorException& KorException::operator<<(const KorException& nested) {
   inserts_.emplace_back(nested.clone());
   return *this;

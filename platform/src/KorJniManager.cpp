@@ -96,7 +96,20 @@ KorWstring KorJniManager::javaStringToKorWstringInternal(JNIEnv* env, jstring st
   jsize length = env->GetStringLength(string);
   KorWstring text;
   env->GetStringRegion(string, 0, length, reinterpret_cast<jchar*>(text.resizeForOverwrite(length)));
+  // The buffer was sized, not filled: a failed read must not hand it out.
+  if (env->ExceptionCheck()) {
+    return {};
+  }
   return text;
+}
+
+bool KorJniManager::javaStringToKorWstring(JNIEnv* env, jstring string, KorWstring& text) const {
+  KorWstring read = javaStringToKorWstringInternal(env, string);
+  if (env->ExceptionCheck()) {
+    return false;
+  }
+  text = std::move(read);
+  return true;
 }
 
 void KorJniManager::setDefaultFatalClassName(const std::string& className) {

@@ -84,6 +84,9 @@ void KorJniReturn::processRootKnownException(KorRecoverableException& error) {
   bool unpacked = manager_->processKnownException(env_, exception.get(), number, text, inserts, nested);
   // Without the Java side's text the caller's generic item says which call failed.
   nested_ = nested || !unpacked;
+  // The number the unpacking read wins over the one recorded at the call.
+  messageNumber_ = number;
+  error.setMessageNumber(static_cast<std::uint32_t>(number));
   if (unpacked) {
     error << text;
     for (const auto& insert : inserts) {

@@ -1,5 +1,6 @@
 #include "KorISRAdapterJniManager.hpp"
 
+#include "KorJniCallScope.hpp"
 #include "KorMutex.hpp"
 #include "KorTracedRaise.hpp"
 
@@ -216,6 +217,9 @@ bool KorISRAdapterJniManager::processKnownException(JNIEnv* env, jobject excepti
                                                     bool& /*nested*/) const {
   KorLogToken token = KorLog::iEffectiveLogFilter > 2 ? KorLog::entry(processLabel) : 0;
   KorLocalJavaStackFrame frame;
+  if (!frame.pushed()) {
+    korRaisePushFailure(env, *this, sourceFile, __LINE__, processLabel, token);
+  }
   auto unpackFailed = [env, token](const char* note) {
     clearedException(env);
     if (KorLog::iEffectiveLogFilter > 2) {
@@ -248,8 +252,7 @@ bool KorISRAdapterJniManager::processKnownException(JNIEnv* env, jobject excepti
   if (env->ExceptionCheck()) {
     return unpackFailed("Failed to getDeveloperText");
   }
-  text = javaStringToKorWstringInternal(env, traceText);
-  if (env->ExceptionCheck()) {
+  if (!javaStringToKorWstring(env, traceText, text)) {
     return unpackFailed("Failed to getDeveloperText");
   }
 
@@ -272,10 +275,12 @@ bool KorISRAdapterJniManager::processKnownException(JNIEnv* env, jobject excepti
     if (clearedException(env)) {
       insertFailed("CallObjectMethod() failed", __LINE__);
     }
-    inserts.push_back(javaStringToKorWstringInternal(env, rendered.get()));
-    if (clearedException(env)) {
+    KorWstring insert;
+    if (!javaStringToKorWstring(env, rendered.get(), insert)) {
+      clearedException(env);
       insertFailed("CallObjectMethod() failed", __LINE__);
     }
+    inserts.push_back(std::move(insert));
   }
   if (KorLog::iEffectiveLogFilter > 2) {
     KorLog::exit(processLabel, token);

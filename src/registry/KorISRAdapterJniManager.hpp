@@ -60,9 +60,9 @@ public:
 
   ~KorISRAdapterJniManager() override;
 
-  bool checkForKnownExceptions(JNIEnv* env, jthrowable throwable, KorJniReturn& outcome) const override;
   bool processKnownException(JNIEnv* env, jobject exception, int& messageNumber, KorWstring& text,
                              std::vector<KorWstring>& inserts, bool& nested) const override;
+  bool checkForKnownExceptions(JNIEnv* env, jthrowable throwable, KorJniReturn& outcome) const override;
 
   const ISRAdapterClass& isrAdapter() const noexcept { return isrAdapter_; }
   const ISRPolicyClass& isrPolicy() const noexcept { return isrPolicy_; }

@@ -28,8 +28,23 @@ const char* const fatalPrefix = "Fatal Error Making JNI Call: ";
 
 } // namespace
 
+void korRaisePushFailure(JNIEnv* env, const KorJniManager& manager, const char* sourceFile, int line,
+                         const char* function, KorLogToken token) {
+  KorJniReturn outcome(env, &manager);
+  outcome.exceptionThrown();
+  KorFatalException error(sourceFile, line, function, KorLog::iDefaultLogSource, korMessageNumber(3702),
+                          token);
+  error << KorWstring::fromUtf8(std::string(fatalPrefix) + "PushLocalFrame") << "PushLocalFrame"
+        << outcome.text1() << outcome.text2();
+  korTracedRaise(error);
+}
+
 KorJniCallScope::KorJniCallScope(const char* function, KorLogToken token)
-    : function_(function), token_(token), env_(frame_.env()), manager_(KorISRAdapterJniManager::instance()) {}
+    : function_(function), token_(token), manager_(KorISRAdapterJniManager::instance()), env_(frame_.env()) {
+  if (!frame_.pushed()) {
+    korRaisePushFailure(env_, *manager_, sourceFile, __LINE__, function_, token_);
+  }
+}
 
 void KorJniCallScope::raiseFailure(const KorCallLabel& label, KorJniReturn& outcome) const {
   if (outcome.fatal()) {

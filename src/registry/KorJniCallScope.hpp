@@ -25,6 +25,11 @@ private:
   int line_;
 };
 
+// Raises a failed push of function's local frame, whose Java exception is
+// pending, as function's own DRX3702 with its "Throwing exception" record.
+[[noreturn]] void korRaisePushFailure(JNIEnv* env, const KorJniManager& manager, const char* sourceFile,
+                                      int line, const char* function, KorLogToken token);
+
 // One operation's way into Java. It opens the operation's local frame and
 // pops it on every way out; every Java call made through it is checked for a
 // pending Java exception and, where the call must return an object, for
@@ -170,9 +175,11 @@ private:
 
   const char* function_;
   KorLogToken token_;
+  // Before the frame: building the manager must not meet a failed push's
+  // pending exception.
+  const KorISRAdapterJniManager* manager_;
   KorLocalJavaStackFrame frame_;
   JNIEnv* env_;
-  const KorISRAdapterJniManager* manager_;
   bool unchecked_ = true;
   bool conversionFailed_ = false;
 };
