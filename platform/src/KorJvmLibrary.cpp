@@ -56,8 +56,8 @@ const KorJvmLibrary& KorJvmLibrary::get() {
       loaded = true;
       return functions;
     }
-    const char* reason = handle == nullptr ? dlerror() : "no JNI_CreateJavaVM";
-    tried += (tried.empty() ? "" : "; ") + path + " (" + reason + ")";
+    // dlerror names the path.
+    tried += (tried.empty() ? "" : "; ") + (handle == nullptr ? dlerror() : path + ": no JNI_CreateJavaVM");
   }
   KorFatalException error("platform/KorJvmLibrary", __LINE__, "KorJvmLibrary::get", KorLog::iDefaultLogSource,
                           korMessageNumber(3702), 0);

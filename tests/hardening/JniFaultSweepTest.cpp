@@ -1,8 +1,10 @@
 #include "KorISRAdapterImpl.hpp"
+#include "KorISRAdapterJniManager.hpp"
 #include "TestJvm.hpp"
 
 #include <KorException.hpp>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -144,7 +146,27 @@ enum class Ending { returned, recoverable, fatal };
 
 struct Outcome {
   Ending ending;
-  int calls; // failable JNI calls the operation made
+  int calls;          // failable JNI calls the operation made
+  std::string raised; // function, message, insert count, call label, and "traced" when its record was written
+};
+
+std::string raised(const KorException& error, const std::vector<KorLogRecord>& trace) {
+  const std::vector<KorWstring> inserts = error.textInserts();
+  std::string text = error.function() + " " + error.messageId() + " " + std::to_string(inserts.size()) + " " +
+                     (inserts.size() > 1 ? inserts[1].toUtf8() : "");
+  for (const KorLogRecord& record : trace) {
+    if (record.function == error.function() && record.token == error.token() &&
+        record.inserts.size() == inserts.size() + 4 && record.inserts[0].toUtf8() == "Throwing exception") {
+      return text + " traced";
+    }
+  }
+  return text;
+}
+
+// A failed frame push is the failing function's own DRX3702, traced.
+const auto pushFailure = [](const std::string& function) {
+  return ::testing::AnyOf(function + " DRX3702 4 PushLocalFrame traced",
+                          "KorISRAdapterJniManager::processKnownException DRX3702 4 PushLocalFrame traced");
 };
 
 // The exceptions that a failed JNI call leaves pending: an Error, which the
@@ -174,18 +196,22 @@ protected:
     Registry registry{*adapter_, spare, built};
     const int frames = TestJvm::localFrameDepth();
     const int warnings = TestJvm::unexpectedJniWarnings();
-    Outcome run{Ending::returned, 0};
+    Outcome run{Ending::returned, 0, ""};
+    auto trace = std::make_shared<KorLogCapture>();
+    auto previousSink = KorLog::setSink(trace);
+    KorLog::iEffectiveLogFilter = 3;
     TestJvm::failNthCall(n, GetParam());
     try {
       op.run(registry);
-    } catch (const KorRecoverableException&) {
-      run.ending = Ending::recoverable;
-    } catch (const KorFatalException&) {
-      run.ending = Ending::fatal;
+    } catch (const KorException& error) {
+      run.ending = error.isFatal() ? Ending::fatal : Ending::recoverable;
+      run.raised = raised(error, trace->records());
     } catch (const std::exception& error) {
       ADD_FAILURE() << "not a native exception: " << error.what();
     }
     run.calls = TestJvm::stopFailingCalls();
+    KorLog::iEffectiveLogFilter = 0;
+    KorLog::setSink(previousSink);
     if (env->ExceptionCheck()) {
       env->ExceptionDescribe();
       env->ExceptionClear();
@@ -220,8 +246,13 @@ TEST_P(JniFaultSweep, EveryCallOfEveryOperationFails) {
         EXPECT_EQ(run.ending, unfaulted.ending) << "the run without a fault ends as before";
         break;
       }
-      if (std::string(op.name) != "~KorISRAdapterImpl") {
+      const std::string name = op.name;
+      if (name != "~KorISRAdapterImpl") {
         EXPECT_NE(run.ending, Ending::returned) << "a failed JNI call was not reported";
+      }
+      if ((n == 1 && name != "~KorISRAdapterImpl") ||
+          run.raised.find("PushLocalFrame") != std::string::npos) {
+        EXPECT_THAT(run.raised, pushFailure("KorISRAdapterImpl::" + name.substr(0, name.find(' '))));
       }
       if (HasFailure()) {
         return;
@@ -238,5 +269,32 @@ INSTANTIATE_TEST_SUITE_P(PendingException, JniFaultSweep, ::testing::ValuesIn(fa
                            std::string name = info.param;
                            return name.substr(name.rfind('/') + 1);
                          });
+
+// A read that fails while a known exception is unpacked hands out no text.
+using UnpackFaults = JvmTest;
+TEST_F(UnpackFaults, AFailedReadHandsOutNoText) {
+  const KorISRAdapterJniManager* manager = KorISRAdapterJniManager::instance();
+  jclass cls = env->FindClass("com/vantor/broker/plugin/LxRecoverableException");
+  jobject exception =
+      env->NewObject(cls, env->GetMethodID(cls, "<init>", "(JLjava/lang/String;[Ljava/lang/Object;)V"),
+                     jlong{3001}, env->NewStringUTF("trace text"),
+                     env->NewObjectArray(1, env->FindClass("java/lang/String"), env->NewStringUTF("insert")));
+  for (int n = 1;; ++n) {
+    KorWstring kept = text("kept");
+    std::vector<KorWstring> inserts;
+    int number = 0;
+    bool nested = false;
+    TestJvm::failNthCall(n, "java/lang/IllegalStateException");
+    try {
+      manager->processKnownException(env, exception, number, kept, inserts, nested);
+    } catch (const KorFatalException&) {
+    }
+    if (TestJvm::stopFailingCalls() < n) {
+      break;
+    }
+    EXPECT_THAT(kept.toUtf8(), ::testing::AnyOf("kept", "trace text")) << "call " << n << " fails";
+    EXPECT_TRUE(inserts.empty() || (inserts.size() == 1 && inserts[0] == text("insert"))) << n;
+  }
+}
 
 } // namespace
