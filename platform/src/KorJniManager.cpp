@@ -105,11 +105,11 @@ KorWstring KorJniManager::javaStringToKorWstringInternal(JNIEnv* env, jstring st
 
 bool KorJniManager::javaStringToKorWstring(JNIEnv* env, jstring string, KorWstring& text) const {
   KorWstring read = javaStringToKorWstringInternal(env, string);
-  if (env->ExceptionCheck()) {
-    return false;
+  const bool failed = env->ExceptionCheck() != JNI_FALSE;
+  if (!failed) {
+    text = std::move(read);
   }
-  text = std::move(read);
-  return true;
+  return !failed;
 }
 
 void KorJniManager::setDefaultFatalClassName(const std::string& className) {

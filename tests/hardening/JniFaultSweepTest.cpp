@@ -147,13 +147,20 @@ enum class Ending { returned, recoverable, fatal };
 struct Outcome {
   Ending ending;
   int calls;          // failable JNI calls the operation made
-  std::string raised; // function, message, insert count, call label, and "traced" when its record was written
+  std::string raised; // function, message, insert count, call label, "entered" when it carries its entry
+                      // item's token and "traced" when its Throwing exception record was written
 };
 
 std::string raised(const KorException& error, const std::vector<KorLogRecord>& trace) {
   const std::vector<KorWstring> inserts = error.textInserts();
   std::string text = error.function() + " " + error.messageId() + " " + std::to_string(inserts.size()) + " " +
                      (inserts.size() > 1 ? inserts[1].toUtf8() : "");
+  for (const KorLogRecord& record : trace) {
+    if (record.function == error.function() && record.token == error.token() &&
+        (record.kind == KorLogKind::entry || record.kind == KorLogKind::debugEntry)) {
+      text += " entered";
+    }
+  }
   for (const KorLogRecord& record : trace) {
     if (record.function == error.function() && record.token == error.token() &&
         record.inserts.size() == inserts.size() + 4 && record.inserts[0].toUtf8() == "Throwing exception") {
@@ -163,10 +170,12 @@ std::string raised(const KorException& error, const std::vector<KorLogRecord>& t
   return text;
 }
 
-// A failed frame push is the failing function's own DRX3702, traced.
+// A failed frame push is the failing function's own DRX3702, with its entry
+// token and traced.
 const auto pushFailure = [](const std::string& function) {
-  return ::testing::AnyOf(function + " DRX3702 4 PushLocalFrame traced",
-                          "KorISRAdapterJniManager::processKnownException DRX3702 4 PushLocalFrame traced");
+  return ::testing::AnyOf(
+      function + " DRX3702 4 PushLocalFrame entered traced",
+      "KorISRAdapterJniManager::processKnownException DRX3702 4 PushLocalFrame entered traced");
 };
 
 // The exceptions that a failed JNI call leaves pending: an Error, which the
@@ -199,7 +208,7 @@ protected:
     Outcome run{Ending::returned, 0, ""};
     auto trace = std::make_shared<KorLogCapture>();
     auto previousSink = KorLog::setSink(trace);
-    KorLog::iEffectiveLogFilter = 3;
+    KorLog::iEffectiveLogFilter = 4;
     TestJvm::failNthCall(n, GetParam());
     try {
       op.run(registry);
