@@ -253,6 +253,17 @@ TEST_F(JniManagerTest, AFatalClassThatIsAlsoKnownIsFatal) {
   EXPECT_TRUE(outcome.known());
 }
 
+TEST_F(JniManagerTest, TheErrorGetsTheNumberReadWhenUnpacking) {
+  const KorISRAdapterJniManager* manager = KorISRAdapterJniManager::instance();
+  env->Throw(static_cast<jthrowable>(newJava(env, "legiorrug/bridge/RenumberedException",
+                                             "(JLjava/lang/String;)V", jlong{3001}, env->NewStringUTF("x"))));
+  KorJniReturn outcome(env, manager);
+  ASSERT_TRUE(outcome.exceptionThrown());
+  KorRecoverableException error("test", 1, "test", KorLog::iDefaultLogSource, 3001, 0);
+  outcome.processRootKnownException(error);
+  EXPECT_EQ(error.messageNumber(), 3002U);
+}
+
 TEST_F(JniManagerTest, AnInsertThatCannotBeRenderedRaisesDRX4374) {
   const KorISRAdapterJniManager* manager = KorISRAdapterJniManager::instance();
   TraceCapture trace(3);
