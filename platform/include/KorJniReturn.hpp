@@ -23,7 +23,7 @@ public:
   // Writes the exception to the trace, fills text 1 (its class) and text 2
   // (its message) and asks the manager whether it is a known one.
   void logJavaExceptionToBrokerTrace(jthrowable& throwable);
-  // Fills error with the held exception's text and inserts. When they cannot
+  // Fills error with the held exception's number, text and inserts. When they cannot
   // be read, sets nested so that the caller adds its generic item.
   void processRootKnownException(KorRecoverableException& error);
 
