@@ -12,11 +12,10 @@ namespace {
 std::string commandList() {
   std::string text =
       "Commands, one per line. # starts a comment line; '...' quotes as is, \"...\" takes the\n"
-      "escapes \\\\ \\\" \\n \\r \\t \\uXXXX. A line may hold " +
+      "escapes \\\\ \\\" \\n \\r \\t \\uXXXX. A line holds at most " +
       std::to_string(maxLineBytes) +
-      " bytes. [ARG] is an optional in-argument: when given, its\n"
-      "value is passed in, when left out the parameter starts empty; either way its value after\n"
-      "the call is shown. T1 to T6 are texts, FLAG is true or false, INT a 32-bit integer.\n"
+      " bytes.\n[ARG] is an optional in-argument: when given, its value is passed in, when left out\n"
+      "the parameter starts empty; either way its value after the call is shown.\nT1 to T6 are texts, FLAG is true or false, INT a 32-bit integer.\n"
       "reset works on the in-memory registry only.\n";
   for (const Command& command : commands()) {
     text += "  " + std::string(command.name) + (command.parameters.empty() ? "" : " ") +
@@ -44,7 +43,7 @@ bool emptyValueGiven(int argc, char** argv) {
 }
 
 const CLI::Validator nonEmpty(
-    [](const std::string& value) { return value.empty() ? std::string("an empty value") : std::string(); },
+    [](const std::string& value) { return value.empty() ? std::string("needs a value") : std::string(); },
     "", "NON-EMPTY");
 
 } // namespace
@@ -67,13 +66,15 @@ std::variant<Options, int> parseOptions(int argc, char** argv) {
                  "Class path entry put in front of the bundled registry's jars; repeat the option for "
                  "more entries")
       ->type_name("PATH")
-      ->type_size(1)
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->allow_extra_args(false)
       ->check(nonEmpty);
   app.add_option("--jvm-option", options.jvmOptions,
                  "JVM option, for example --jvm-option=-Xcheck:jni; repeat the option for more")
       ->type_name("OPT")
-      ->type_size(1)
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->allow_extra_args(false)
       ->check(nonEmpty);
   app.add_option("--trace", options.trace,
@@ -89,7 +90,7 @@ std::variant<Options, int> parseOptions(int argc, char** argv) {
   app.add_flag("--json", options.json, "One JSON object per command line on standard output");
   app.add_flag("--show-java-errors", options.showJavaErrors,
                "Let the JVM and the Java side print to standard error (hidden by default)");
-  app.add_flag("!--no-history", options.history, "At a terminal, keep no history in ~/.legiorrug_history");
+  app.add_flag("--no-history", options.noHistory, "At a terminal, keep no history in ~/.legiorrug_history");
   CLI::Option* file =
       app.add_option("-f", options.scriptFile,
                      "Read the commands from FILE instead of standard input; - is standard input")

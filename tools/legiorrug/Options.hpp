@@ -15,7 +15,7 @@ struct Options {
   std::string traceFile;
   bool json = false;
   bool showJavaErrors = false;
-  bool history = true;
+  bool noHistory = false;
   std::string scriptFile; // empty or "-": standard input
 };
 

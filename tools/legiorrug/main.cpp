@@ -38,7 +38,7 @@ std::unique_ptr<Input> openInput(const Options& options, ScriptFile& script) {
   }
   if (options.scriptFile.empty() && isatty(STDIN_FILENO) != 0) {
     const char* home = std::getenv("HOME");
-    bool keep = options.history && home != nullptr && *home != '\0';
+    bool keep = !options.noHistory && home != nullptr && *home != '\0';
     return makeTerminalInput(TerminalOptions{keep ? std::string(home) + "/.legiorrug_history" : "",
                                              isatty(STDOUT_FILENO) != 0 ? stdout : stderr});
   }
