@@ -15,7 +15,8 @@ std::string commandList() {
       "escapes \\\\ \\\" \\n \\r \\t \\uXXXX. A line holds at most " +
       std::to_string(maxLineBytes) +
       " bytes.\n[ARG] is an optional in-argument: when given, its value is passed in, when left out\n"
-      "the parameter starts empty; either way its value after the call is shown.\nT1 to T6 are texts, FLAG is true or false, INT a 32-bit integer.\n"
+      "the parameter starts empty; either way its value after the call is shown.\nT1 to T6 are texts, FLAG "
+      "is true or false, INT a 32-bit integer.\n"
       "reset works on the in-memory registry only.\n";
   for (const Command& command : commands()) {
     text += "  " + std::string(command.name) + (command.parameters.empty() ? "" : " ") +
@@ -43,8 +44,8 @@ bool emptyValueGiven(int argc, char** argv) {
 }
 
 const CLI::Validator nonEmpty(
-    [](const std::string& value) { return value.empty() ? std::string("needs a value") : std::string(); },
-    "", "NON-EMPTY");
+    [](const std::string& value) { return value.empty() ? std::string("needs a value") : std::string(); }, "",
+    "NON-EMPTY");
 
 } // namespace
 

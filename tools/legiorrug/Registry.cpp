@@ -4,6 +4,7 @@
 #include <KorException.hpp>
 #include <KorJVM.hpp>
 #include <KorLocalJavaStackFrame.hpp>
+#include <KorLog.hpp>
 
 #include <algorithm>
 #include <cstdarg>
@@ -156,6 +157,60 @@ std::string joined(const std::vector<std::string>& entries) {
   return text.empty() ? "empty" : text;
 }
 
+// The class lookup names what it cannot resolve only in a debug item. While
+// the registry starts, the trace level lets debug items through; this sink
+// keeps those and passes on what the level the user chose lets through.
+class LookupWatch : public KorLogSink {
+public:
+  LookupWatch(std::shared_ptr<KorLogSink> next, int level) : next_(std::move(next)), level_(level) {}
+
+  void write(const KorLogRecord& record) override {
+    bool debug = record.kind == KorLogKind::debugEntry || record.kind == KorLogKind::debugExit ||
+                 record.kind == KorLogKind::debugTrace;
+    if (debug && !record.inserts.empty() &&
+        record.inserts.front().toUtf8().rfind("Unable to locate", 0) == 0) {
+      for (const KorWstring& insert : record.inserts) {
+        unresolved += (unresolved.empty() ? "" : " ") + insert.toUtf8();
+      }
+    }
+    if (next_ != nullptr && (record.kind == KorLogKind::systemError || level_ > (debug ? 3 : 2))) {
+      next_->write(record);
+    }
+  }
+
+  std::string unresolved; // empty when the lookup found everything
+
+private:
+  std::shared_ptr<KorLogSink> next_;
+  int level_;
+};
+
+KorISRAdapter& startJavaAdapter(const std::vector<std::string>& classPath) {
+  const int level = KorLog::iEffectiveLogFilter;
+  std::shared_ptr<KorLogSink> sink = KorLog::setSink(nullptr);
+  auto watch = std::make_shared<LookupWatch>(sink, level);
+  KorLog::setSink(watch);
+  KorLog::iEffectiveLogFilter = std::max(level, 4);
+  struct Restore {
+    std::shared_ptr<KorLogSink>& sink;
+    int level;
+    ~Restore() {
+      KorLog::setSink(sink);
+      KorLog::iEffectiveLogFilter = level;
+    }
+  } restore{sink, level};
+  try {
+    KorISRAdapter& adapter = *KorISRAdapter::isrAdapter();
+    if (!watch->unresolved.empty()) {
+      std::cerr << "legiorrug: " << watch->unresolved << " (the calls that need it fail)\n";
+    }
+    return adapter;
+  } catch (const KorException& error) {
+    throw StartError("cannot start the registry: " + describe(error) + " (class path: " + joined(classPath) +
+                     (watch->unresolved.empty() ? "" : "; " + watch->unresolved) + ")");
+  }
+}
+
 } // namespace
 
 KorISRAdapter& startRegistry(const Options& options, TraceSink* trace) {
@@ -194,11 +249,7 @@ KorISRAdapter& startRegistry(const Options& options, TraceSink* trace) {
     if (!options.showJavaErrors) {
       routeJavaErrors(options.traceFile);
     }
+    return startJavaAdapter(classPath);
   }
-  try {
-    return *KorISRAdapter::isrAdapter();
-  } catch (const KorException& error) {
-    throw StartError("cannot start the registry: " + describe(error) + " (class path: " + joined(classPath) +
-                     ")");
-  }
+  return *KorISRAdapter::isrAdapter();
 }
