@@ -1,5 +1,7 @@
 # A session at a terminal, as a person sees it: terminal.py PROGRAM HOME.
-import os, pty, select, shutil, sys, time
+import os, pty, select, shutil, signal, sys, time
+
+signal.alarm(60)  # a shell that does not leave fails the test
 
 program, home = sys.argv[1], sys.argv[2]
 shutil.rmtree(home, ignore_errors=True)
