@@ -161,15 +161,16 @@ std::string describeCount(const Command& command) {
       : count.min == count.max                             ? std::to_string(count.min)
       : count.min + 1 == count.max ? std::to_string(count.min) + " or " + std::to_string(count.max)
                                    : std::to_string(count.min) + " to " + std::to_string(count.max);
-  std::string usage = std::string(command.name);
-  if (!command.parameters.empty()) {
-    usage += " " + std::string(command.parameters);
-  }
   return std::string(command.name) + " takes " + takes +
-         (count.min == 1 && count.max == 1 ? " argument" : " arguments") + ": " + usage;
+         (count.min == 1 && count.max == 1 ? " argument" : " arguments") + ": " + usage(command);
 }
 
 } // namespace
+
+std::string usage(const Command& command) {
+  return std::string(command.name) + (command.parameters.empty() ? "" : " ") +
+         std::string(command.parameters);
+}
 
 const std::vector<Command>& commands() {
   return table;

@@ -67,6 +67,8 @@ struct Command {
 };
 
 const std::vector<Command>& commands();
+// The name and the parameters, as the help shows them.
+std::string usage(const Command& command);
 
 // An operation that raised something else than the platform's exceptions.
 struct InternalError {

@@ -72,11 +72,6 @@ char** complete(const char* prefix, int start, int) {
   return start == 0 ? rl_completion_matches(prefix, nextCommandName) : nullptr;
 }
 
-std::string usage(const Command& command) {
-  return std::string(command.name) + (command.parameters.empty() ? "" : " ") +
-         std::string(command.parameters);
-}
-
 class TerminalInput : public Input {
 public:
   explicit TerminalInput(const TerminalOptions& options) : options_(options) {

@@ -19,8 +19,7 @@ std::string commandList() {
       "is true or false, INT a 32-bit integer.\n"
       "reset works on the in-memory registry only.\n";
   for (const Command& command : commands()) {
-    text += "  " + std::string(command.name) + (command.parameters.empty() ? "" : " ") +
-            std::string(command.parameters) + "\n";
+    text += "  " + usage(command) + "\n";
   }
   return text + "At a terminal: help [COMMAND], quit or exit (Ctrl-D too), Tab completes a command name,\n"
                 "Ctrl-C cancels the line.\n"
