@@ -10,6 +10,10 @@ struct KorJVMOptions {
   std::vector<std::string> options; // for example "-Xcheck:jni"
   // Receives everything the JVM prints, when set (the "vfprintf" option).
   jint (*vfprintfHook)(FILE* stream, const char* format, va_list args) = nullptr;
+  // Called instead of the JVM's own exit, when set (the "exit" option).
+  void (*exitHook)(jint code) = nullptr;
+  // Called before the JVM aborts, when set (the "abort" option).
+  void (*abortHook)() = nullptr;
 };
 
 // The process's Java virtual machine. Inside the broker the JVM already runs

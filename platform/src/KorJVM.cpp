@@ -95,12 +95,18 @@ void KorJVM::create(const KorJVMOptions& options) {
   texts.insert(texts.end(), options.options.begin(), options.options.end());
 
   std::vector<JavaVMOption> vmOptions;
-  vmOptions.reserve(texts.size() + 1);
+  vmOptions.reserve(texts.size() + 3);
   for (auto& text : texts) {
     vmOptions.push_back({text.data(), nullptr});
   }
   if (options.vfprintfHook != nullptr) {
     vmOptions.push_back({const_cast<char*>("vfprintf"), reinterpret_cast<void*>(options.vfprintfHook)});
+  }
+  if (options.exitHook != nullptr) {
+    vmOptions.push_back({const_cast<char*>("exit"), reinterpret_cast<void*>(options.exitHook)});
+  }
+  if (options.abortHook != nullptr) {
+    vmOptions.push_back({const_cast<char*>("abort"), reinterpret_cast<void*>(options.abortHook)});
   }
   JavaVMInitArgs args{};
   args.version = jniVersion;

@@ -7,6 +7,7 @@
 #   STDERR       regular expression standard error must match (optional)
 #   FORBID       regular expression standard error must not match (optional)
 #   BARE         ON: run a copy of the program that has no bundled jars beside it
+#   STDOUT_INTO  full: standard output is /dev/full; closed-pipe: a pipe nobody reads
 #   NAME         the test's name, for its files in the working directory
 cmake_minimum_required(VERSION 3.25)
 
@@ -22,7 +23,18 @@ if(NOT INPUT)
   set(INPUT /dev/null)
 endif()
 
-execute_process(COMMAND "${program}" ${ARGS}
+set(wrap "")
+if(STDOUT_INTO STREQUAL "full")
+  set(wrap sh -c "exec \"$0\" \"$@\" >/dev/full")
+elseif(STDOUT_INTO STREQUAL "closed-pipe")
+  set(fifo "${CMAKE_CURRENT_BINARY_DIR}/${NAME}.fifo")
+  file(REMOVE "${fifo}")
+  # Opened for writing while a reader that is closed at once holds it open.
+  set(wrap ${CMAKE_COMMAND} -E env "FIFO=${fifo}"
+    sh -c "mkfifo \"$FIFO\" && exec \"$0\" \"$@\" 3<>\"$FIFO\" 4>\"$FIFO\" 3<&- >&4")
+endif()
+
+execute_process(COMMAND ${wrap} "${program}" ${ARGS}
   INPUT_FILE "${INPUT}" OUTPUT_VARIABLE out ERROR_VARIABLE err RESULT_VARIABLE status)
 
 set(failed "")

@@ -8,6 +8,12 @@
 
 namespace {
 
+// C0, DEL, C1 and the marks that reorder text on a terminal.
+bool isControl(char16_t unit) {
+  return unit < 0x20 || (unit >= 0x7F && unit <= 0x9F) || unit == 0x061C || unit == 0x200E ||
+         unit == 0x200F || (unit >= 0x202A && unit <= 0x202E) || (unit >= 0x2066 && unit <= 0x2069);
+}
+
 bool isBlank(char16_t unit) {
   return unit == u' ' || unit == u'\t' || unit == u'\r';
 }
@@ -160,7 +166,7 @@ std::string quote(std::u16string_view text) {
       out += "\\r";
     } else if (unit == u'\t') {
       out += "\\t";
-    } else if (unit < 0x20 || unit == 0x7F || isHighSurrogate(unit) || isLowSurrogate(unit)) {
+    } else if (isControl(unit) || isHighSurrogate(unit) || isLowSurrogate(unit)) {
       out += "\\u";
       for (int shift = 12; shift >= 0; shift -= 4) {
         out += hex[(unit >> shift) & 0xF];

@@ -159,16 +159,18 @@ std::string describeCount(const Command& command) {
   std::string takes =
       count.max == std::numeric_limits<std::size_t>::max() ? "at least " + std::to_string(count.min)
       : count.min == count.max                             ? std::to_string(count.min)
-                               : std::to_string(count.min) + " to " + std::to_string(count.max);
-  std::string usage = std::string(command.name);
-  if (!command.parameters.empty()) {
-    usage += " " + std::string(command.parameters);
-  }
-  return std::string(command.name) + " takes " + takes + (count.max == 1 ? " argument" : " arguments") +
-         ": " + usage;
+      : count.min + 1 == count.max ? std::to_string(count.min) + " or " + std::to_string(count.max)
+                                   : std::to_string(count.min) + " to " + std::to_string(count.max);
+  return std::string(command.name) + " takes " + takes +
+         (count.min == 1 && count.max == 1 ? " argument" : " arguments") + ": " + usage(command);
 }
 
 } // namespace
+
+std::string usage(const Command& command) {
+  return std::string(command.name) + (command.parameters.empty() ? "" : " ") +
+         std::string(command.parameters);
+}
 
 const std::vector<Command>& commands() {
   return table;
@@ -181,13 +183,22 @@ int Report::status() const {
   return std::holds_alternative<UsageError>(failure) ? 2 : 1;
 }
 
-std::optional<Report> runLine(KorISRAdapter& adapter, std::size_t lineNumber, std::string_view line) {
-  Report report;
-  report.line = lineNumber;
+namespace {
+
+const Command* find(const std::u16string& name) {
+  for (const Command& candidate : table) {
+    if (name.size() == candidate.name.size() &&
+        std::equal(name.begin(), name.end(), candidate.name.begin())) {
+      return &candidate;
+    }
+  }
+  return nullptr;
+}
+
+std::optional<Report> run(KorISRAdapter& adapter, std::size_t lineNumber, std::string_view line) {
   auto split = splitLine(line);
   if (auto* error = std::get_if<LineError>(&split)) {
-    report.failure = UsageError{error->message};
-    return report;
+    return Report::usage(lineNumber, error->message);
   }
   Words& words = std::get<Words>(split);
   if (words.empty()) {
@@ -195,15 +206,10 @@ std::optional<Report> runLine(KorISRAdapter& adapter, std::size_t lineNumber, st
   }
   std::u16string name = words.front();
   words.erase(words.begin());
+  Report report;
+  report.line = lineNumber;
   report.op = toWtf8(name);
-
-  const Command* command = nullptr;
-  for (const Command& candidate : table) {
-    if (name.size() == candidate.name.size() &&
-        std::equal(name.begin(), name.end(), candidate.name.begin())) {
-      command = &candidate;
-    }
-  }
+  const Command* command = find(name);
   if (command == nullptr) {
     report.failure = UsageError{"unknown command " + quote(name) + " (legiorrug --help lists the commands)"};
     return report;
@@ -213,7 +219,6 @@ std::optional<Report> runLine(KorISRAdapter& adapter, std::size_t lineNumber, st
     report.failure = UsageError{describeCount(*command) + ", not " + std::to_string(words.size())};
     return report;
   }
-
   try {
     command->run(adapter, Arguments(words, command->parameters), report.outcome);
   } catch (const UsageError& error) {
@@ -225,4 +230,18 @@ std::optional<Report> runLine(KorISRAdapter& adapter, std::size_t lineNumber, st
     report.failure = InternalError{error.what()};
   }
   return report;
+}
+
+} // namespace
+
+std::optional<Report> runLine(KorISRAdapter& adapter, std::size_t lineNumber, std::string_view line) {
+  try {
+    return run(adapter, lineNumber, line);
+  } catch (const std::exception& error) {
+    // Splitting a line can run out of memory too.
+    Report report;
+    report.line = lineNumber;
+    report.failure = InternalError{error.what()};
+    return report;
+  }
 }

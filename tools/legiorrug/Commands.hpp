@@ -67,6 +67,8 @@ struct Command {
 };
 
 const std::vector<Command>& commands();
+// The name and the parameters, as the help shows them.
+std::string usage(const Command& command);
 
 // An operation that raised something else than the platform's exceptions.
 struct InternalError {
@@ -85,7 +87,15 @@ struct Report {
   bool ok() const { return std::holds_alternative<std::monostate>(failure); }
   // 0 done, 1 the operation raised, 2 the line could not be run.
   int status() const;
+
+  static Report usage(std::size_t line, std::string message) {
+    Report report;
+    report.line = line;
+    report.failure = UsageError{std::move(message)};
+    return report;
+  }
 };
 
-// Runs one line on the adapter; nothing for a blank or comment line.
+// Runs one line on the adapter; nothing for a blank or comment line. Whatever
+// fails, the failure is in the report.
 std::optional<Report> runLine(KorISRAdapter& adapter, std::size_t lineNumber, std::string_view line);

@@ -1,44 +1,159 @@
 #include "Input.hpp"
 
-#include <cstdio>
+#include "Commands.hpp"
+#include "Utf.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
 #include <cstdlib>
+#include <cstring>
 
 #include <editline/readline.h>
 
 namespace {
 
-class StreamInput : public Input {
+class FileInput : public Input {
 public:
-  explicit StreamInput(std::istream& in) : in_(in) {}
-  bool next(std::string& line) override { return static_cast<bool>(std::getline(in_, line)); }
+  FileInput(std::FILE* file, std::string name) : file_(file), name_(std::move(name)) {}
+
+  Read next(std::string& line) override {
+    line.clear();
+    bool tooLong = false;
+    int c = 0;
+    while ((c = getc_unlocked(file_)) != EOF && c != '\n') {
+      if (line.size() < maxLineBytes) {
+        line += static_cast<char>(c);
+      } else {
+        tooLong = true;
+      }
+    }
+    if (c == EOF && std::ferror(file_)) {
+      throw LostData("cannot read " + name_ + ": " + std::strerror(errno));
+    }
+    if (c == EOF && line.empty() && !tooLong) {
+      return Read::end;
+    }
+    if (first_ && line.compare(0, 3, "\xEF\xBB\xBF") == 0) {
+      line.erase(0, 3);
+    }
+    first_ = false;
+    return tooLong ? Read::tooLong : Read::line;
+  }
 
 private:
-  std::istream& in_;
+  std::FILE* file_;
+  std::string name_;
+  bool first_ = true;
 };
+
+volatile std::sig_atomic_t interrupted = 0;
+
+void onInterrupt(int) {
+  interrupted = 1;
+}
+
+char* nextCommandName(const char* prefix, int state) {
+  static std::size_t index = 0;
+  index = state == 0 ? 0 : index;
+  const std::size_t length = std::strlen(prefix);
+  while (index < commands().size()) {
+    std::string_view name = commands()[index++].name;
+    if (name.compare(0, length, prefix) == 0) {
+      return strdup(std::string(name).c_str());
+    }
+  }
+  return nullptr;
+}
+
+// Command names complete the first word only; the arguments are free text.
+char** complete(const char* prefix, int start, int) {
+  rl_attempted_completion_over = 1;
+  return start == 0 ? rl_completion_matches(prefix, nextCommandName) : nullptr;
+}
 
 class TerminalInput : public Input {
 public:
-  bool next(std::string& line) override {
-    char* text = readline("legiorrug> ");
-    if (text == nullptr) {
-      std::fputc('\n', stdout);
-      return false;
+  explicit TerminalInput(const TerminalOptions& options) : options_(options) {
+    rl_outstream = options_.prompts;
+    rl_attempted_completion_function = complete;
+    if (!options_.historyFile.empty()) {
+      stifle_history(1000);
+      read_history(options_.historyFile.c_str());
     }
-    line = text;
-    std::free(text);
-    if (line.find_first_not_of(" \t") != std::string::npos) {
-      add_history(line.c_str());
-    }
-    return true;
+    // No SA_RESTART: Ctrl-C at the prompt ends the read, which cancels the line.
+    struct sigaction action {};
+    action.sa_handler = onInterrupt;
+    sigaction(SIGINT, &action, nullptr);
   }
+
+  ~TerminalInput() override {
+    if (!options_.historyFile.empty()) {
+      write_history(options_.historyFile.c_str());
+    }
+  }
+
+  Read next(std::string& line) override {
+    for (;;) {
+      if (interrupted != 0) {
+        std::fputs("legiorrug: interrupted; the operation had run to its end\n", options_.prompts);
+      }
+      interrupted = 0;
+      char* text = readline("legiorrug> ");
+      if (text == nullptr && interrupted == 0) {
+        std::fputc('\n', options_.prompts);
+        return Read::end;
+      }
+      line = text == nullptr ? "" : text;
+      std::free(text);
+      if (interrupted != 0) {
+        std::fputs("^C\n", options_.prompts);
+        continue;
+      }
+      if (line.find_first_not_of(" \t") != std::string::npos) {
+        add_history(line.c_str());
+      }
+      auto words = splitLine(line);
+      const Words* split = std::get_if<Words>(&words);
+      if (split == nullptr || split->empty() || split->size() > 2) {
+        return Read::line;
+      }
+      if (split->front() == u"quit" || split->front() == u"exit") {
+        return Read::end;
+      }
+      if (split->front() != u"help") {
+        return Read::line;
+      }
+      help(split->size() == 2 ? toWtf8(split->back()) : "");
+    }
+  }
+
+private:
+  void help(const std::string& name) const {
+    for (const Command& command : commands()) {
+      if (name.empty() || command.name == name) {
+        std::fprintf(options_.prompts, "  %s\n", usage(command).c_str());
+      }
+    }
+    bool known = std::any_of(commands().begin(), commands().end(),
+                             [&name](const Command& command) { return command.name == name; });
+    if (!name.empty() && !known) {
+      std::fprintf(options_.prompts, "legiorrug: no command %s\n", name.c_str());
+    }
+    if (name.empty()) {
+      std::fputs("  help [COMMAND]\n  quit, exit or Ctrl-D\n", options_.prompts);
+    }
+  }
+
+  TerminalOptions options_;
 };
 
 } // namespace
 
-std::unique_ptr<Input> makeStreamInput(std::istream& in) {
-  return std::make_unique<StreamInput>(in);
+std::unique_ptr<Input> makeFileInput(std::FILE* file, const std::string& name) {
+  return std::make_unique<FileInput>(file, name);
 }
 
-std::unique_ptr<Input> makeTerminalInput() {
-  return std::make_unique<TerminalInput>();
+std::unique_ptr<Input> makeTerminalInput(const TerminalOptions& options) {
+  return std::make_unique<TerminalInput>(options);
 }

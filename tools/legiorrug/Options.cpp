@@ -1,51 +1,105 @@
 #include "Options.hpp"
 
 #include "Commands.hpp"
+#include "Input.hpp"
 
 #include <CLI/CLI.hpp>
+
+#include <iostream>
 
 namespace {
 
 std::string commandList() {
   std::string text =
       "Commands, one per line. # starts a comment line; '...' quotes as is, \"...\" takes the\n"
-      "escapes \\\\ \\\" \\n \\r \\t \\uXXXX. reset works on the in-memory registry only.\n";
+      "escapes \\\\ \\\" \\n \\r \\t \\uXXXX. A line holds at most " +
+      std::to_string(maxLineBytes) +
+      " bytes.\n[ARG] is an optional in-argument: when given, its value is passed in, when left out\n"
+      "the parameter starts empty; either way its value after the call is shown.\nT1 to T6 are texts, FLAG "
+      "is true or false, INT a 32-bit integer.\n"
+      "reset works on the in-memory registry only.\n";
   for (const Command& command : commands()) {
-    text += "  " + std::string(command.name) + (command.parameters.empty() ? "" : " ") +
-            std::string(command.parameters) + "\n";
+    text += "  " + usage(command) + "\n";
   }
-  return text +
-         "Exit status: 0 every command succeeded, 1 an operation raised, 2 a line could not be run or\n"
-         "the registry could not be started.";
+  return text + "At a terminal: help [COMMAND], quit or exit (Ctrl-D too), Tab completes a command name,\n"
+                "Ctrl-C cancels the line.\n"
+                "Exit status: 0 every command succeeded, 1 an operation raised, 2 a line could not be run,\n"
+                "the registry could not be started, or input, output or trace was lost.";
 }
+
+// CLI11 takes an empty --name= as no value and the next word as the value.
+bool emptyValueGiven(int argc, char** argv) {
+  for (int i = 1; i < argc; ++i) {
+    std::string_view word = argv[i];
+    if (word == "--") {
+      return false;
+    }
+    if (word.size() > 2 && word.substr(0, 2) == "--" && word.back() == '=') {
+      std::cerr << "legiorrug: " << word.substr(0, word.size() - 1) << " needs a value\n";
+      return true;
+    }
+  }
+  return false;
+}
+
+const CLI::Validator nonEmpty(
+    [](const std::string& value) { return value.empty() ? std::string("needs a value") : std::string(); }, "",
+    "NON-EMPTY");
 
 } // namespace
 
 std::variant<Options, int> parseOptions(int argc, char** argv) {
   Options options;
+  if (emptyValueGiven(argc, argv)) {
+    return 2;
+  }
   CLI::App app("Runs commands on the integration registry adapter, as a broker process would.", "legiorrug");
+  app.set_version_flag("--version", "legiorrug " LEGIORRUG_VERSION);
   app.add_option("--container-kind", options.containerKind,
                  "Container kind of the start parameters: 1 is the in-memory registry, any other value "
                  "the Java registry in an embedded JVM")
       ->type_name("N")
+      ->check(nonEmpty)
       ->capture_default_str();
-  app.add_option("--name", options.name, "Name of the start parameters")->type_name("TEXT");
+  app.add_option("--name", options.name, "Name of the start parameters")->type_name("TEXT")->check(nonEmpty);
   app.add_option("--classpath", options.classPath,
-                 "Class path entry put in front of the bundled registry's jars (repeatable)")
+                 "Class path entry put in front of the bundled registry's jars; repeat the option for "
+                 "more entries")
       ->type_name("PATH")
-      ->allow_extra_args(false);
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->allow_extra_args(false)
+      ->check(nonEmpty);
   app.add_option("--jvm-option", options.jvmOptions,
-                 "JVM option, for example --jvm-option=-Xcheck:jni (repeatable)")
+                 "JVM option, for example --jvm-option=-Xcheck:jni; repeat the option for more")
       ->type_name("OPT")
-      ->allow_extra_args(false);
-  app.add_option("--trace", options.trace, "Trace level, 0 to 5")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->allow_extra_args(false)
+      ->check(nonEmpty);
+  app.add_option("--trace", options.trace,
+                 "Trace level: 0 to 2 only system errors, 3 every call's entry, exit and trace items, "
+                 "4 and 5 debug items too, such as the Java class lookup")
       ->type_name("LEVEL")
       ->check(CLI::Range(0, 5));
-  app.add_option("--trace-file", options.traceFile, "Append the trace to FILE instead of standard error")
-      ->type_name("FILE");
+  app.add_option("--trace-file", options.traceFile,
+                 "Append the trace, and what the JVM and the Java side print, to FILE instead of standard "
+                 "error")
+      ->type_name("FILE")
+      ->check(nonEmpty);
   app.add_flag("--json", options.json, "One JSON object per command line on standard output");
-  app.add_option("-f", options.scriptFile, "Read the commands from FILE instead of standard input")
-      ->check(CLI::ExistingFile);
+  app.add_flag("--show-java-errors", options.showJavaErrors,
+               "Let the JVM and the Java side print to standard error (hidden by default)");
+  app.add_flag("--no-history", options.noHistory, "At a terminal, keep no history in ~/.legiorrug_history");
+  CLI::Option* file =
+      app.add_option("-f", options.scriptFile,
+                     "Read the commands from FILE instead of standard input; - is standard input")
+          ->type_name("FILE")
+          ->check(nonEmpty);
+  app.add_option("script", options.scriptFile, "The same as -f SCRIPT")
+      ->type_name("SCRIPT")
+      ->check(nonEmpty)
+      ->excludes(file);
   app.footer(commandList());
   try {
     app.parse(argc, argv);

@@ -14,9 +14,11 @@ struct Options {
   std::optional<int> trace;
   std::string traceFile;
   bool json = false;
-  std::string scriptFile; // empty: standard input
+  bool showJavaErrors = false;
+  bool noHistory = false;
+  std::string scriptFile; // empty or "-": standard input
 };
 
-// The options, or the exit status when the program stops here (after --help
-// or a bad option, both reported already).
+// The options, or the exit status when the program stops here (after --help,
+// --version or a bad option, all reported already).
 std::variant<Options, int> parseOptions(int argc, char** argv);

@@ -3,13 +3,15 @@
 #include <KorCommonStartParameters.hpp>
 #include <KorException.hpp>
 #include <KorJVM.hpp>
+#include <KorLocalJavaStackFrame.hpp>
 #include <KorLog.hpp>
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <iostream>
-#include <system_error>
 
 namespace {
 
@@ -34,12 +36,6 @@ std::vector<std::string> bundledJars() {
   return {};
 }
 
-// Whatever the JVM prints goes to standard error, so that standard output
-// holds the results alone.
-jint JNICALL jvmPrint(FILE*, const char* format, va_list arguments) {
-  return std::vfprintf(stderr, format, arguments);
-}
-
 std::string describe(const KorException& error) {
   std::string text = error.what();
   for (const KorWstring& insert : error.textInserts()) {
@@ -51,18 +47,105 @@ std::string describe(const KorException& error) {
   return text;
 }
 
-void startTrace(const Options& options) {
-  if (!options.traceFile.empty()) {
-    try {
-      KorLog::setSink(std::make_shared<KorLogTextSink>(options.traceFile));
-    } catch (const std::system_error& error) {
-      throw StartError("cannot open the trace file " + options.traceFile + ": " + error.what());
-    }
-  } else if (options.trace) {
-    KorLog::setSink(std::make_shared<KorLogTextSink>());
+// What the JVM prints while it starts is kept for the message when it fails;
+// after that it goes where the options say.
+struct JvmText {
+  bool starting = true;
+  std::string startText;
+  std::string options;
+  bool show = false;
+  TraceSink* trace = nullptr;
+} jvmText;
+
+jint JNICALL jvmPrint(FILE*, const char* format, va_list arguments) {
+  if (jvmText.starting) {
+    char buffer[1024];
+    int size = std::vsnprintf(buffer, sizeof buffer, format, arguments);
+    jvmText.startText.append(buffer, std::min<std::size_t>(std::max(size, 0), sizeof buffer - 1));
+    return size;
   }
-  if (options.trace) {
-    KorLog::iEffectiveLogFilter = *options.trace;
+  if (jvmText.show) {
+    return std::vfprintf(stderr, format, arguments);
+  }
+  if (jvmText.trace != nullptr) {
+    jvmText.trace->print(format, arguments);
+  }
+  return 0;
+}
+
+std::string startFailure(const std::string& otherwise) {
+  std::string said;
+  std::size_t start = 0;
+  while (start < jvmText.startText.size()) {
+    std::size_t end = std::min(jvmText.startText.find('\n', start), jvmText.startText.size());
+    if (end > start) {
+      said += (said.empty() ? "" : "; ") + jvmText.startText.substr(start, end - start);
+    }
+    start = end + 1;
+  }
+  return "cannot start the Java virtual machine (JVM options: " + jvmText.options +
+         "): " + (said.empty() ? otherwise : said);
+}
+
+// The JVM calls this instead of exit(), for an option it refuses while it
+// starts, and later only when something calls System.exit.
+void JNICALL jvmExit(jint code) {
+  std::cout.flush();
+  if (jvmText.starting) {
+    std::fprintf(stderr, "legiorrug: %s\n", startFailure("exit status " + std::to_string(code)).c_str());
+  } else {
+    std::fprintf(stderr, "legiorrug: the Java virtual machine exited with status %d\n",
+                 static_cast<int>(code));
+  }
+  std::_Exit(2);
+}
+
+// The JVM calls this before it aborts: while it starts, for a setting it
+// cannot meet (a heap too small). A later abort is a crash and stays one.
+void JNICALL jvmAbort() {
+  if (jvmText.starting) {
+    std::fprintf(stderr, "legiorrug: %s\n", startFailure("it aborted").c_str());
+    std::_Exit(2);
+  }
+}
+
+[[noreturn]] void javaErrorsUnrouted(JNIEnv* env) {
+  env->ExceptionClear();
+  throw StartError("cannot redirect the Java standard error stream");
+}
+
+template <typename T> T checked(JNIEnv* env, T value) {
+  if (env->ExceptionCheck() || value == nullptr) {
+    javaErrorsUnrouted(env);
+  }
+  return value;
+}
+
+// The Java side's System.err (where a described exception's stack goes)
+// follows the JVM's own printing: the trace file, or nowhere.
+void routeJavaErrors(const std::string& traceFile) {
+  KorLocalJavaStackFrame frame;
+  JNIEnv* env = frame.env();
+  jobject stream = nullptr;
+  if (!traceFile.empty()) {
+    jclass file = checked(env, env->FindClass("java/io/FileOutputStream"));
+    jmethodID open = checked(env, env->GetMethodID(file, "<init>", "(Ljava/lang/String;Z)V"));
+    jstring path = checked(env, env->NewStringUTF(traceFile.c_str()));
+    stream = checked(env, env->NewObject(file, open, path, JNI_TRUE));
+  } else {
+    jclass base = checked(env, env->FindClass("java/io/OutputStream"));
+    jmethodID none =
+        checked(env, env->GetStaticMethodID(base, "nullOutputStream", "()Ljava/io/OutputStream;"));
+    stream = checked(env, env->CallStaticObjectMethod(base, none));
+  }
+  jclass print = checked(env, env->FindClass("java/io/PrintStream"));
+  jmethodID make = checked(env, env->GetMethodID(print, "<init>", "(Ljava/io/OutputStream;Z)V"));
+  jobject errors = checked(env, env->NewObject(print, make, stream, JNI_TRUE));
+  jclass system = checked(env, env->FindClass("java/lang/System"));
+  jmethodID setErr = checked(env, env->GetStaticMethodID(system, "setErr", "(Ljava/io/PrintStream;)V"));
+  env->CallStaticVoidMethod(system, setErr, errors);
+  if (env->ExceptionCheck()) {
+    javaErrorsUnrouted(env);
   }
 }
 
@@ -74,10 +157,63 @@ std::string joined(const std::vector<std::string>& entries) {
   return text.empty() ? "empty" : text;
 }
 
+// The class lookup names what it cannot resolve only in a debug item. While
+// the registry starts, the trace level lets debug items through; this sink
+// keeps those and passes on what the level the user chose lets through.
+class LookupWatch : public KorLogSink {
+public:
+  LookupWatch(std::shared_ptr<KorLogSink> next, int level) : next_(std::move(next)), level_(level) {}
+
+  void write(const KorLogRecord& record) override {
+    bool debug = record.kind == KorLogKind::debugEntry || record.kind == KorLogKind::debugExit ||
+                 record.kind == KorLogKind::debugTrace;
+    if (debug && !record.inserts.empty() &&
+        record.inserts.front().toUtf8().rfind("Unable to locate", 0) == 0) {
+      for (const KorWstring& insert : record.inserts) {
+        unresolved += (unresolved.empty() ? "" : " ") + insert.toUtf8();
+      }
+    }
+    if (next_ != nullptr && (record.kind == KorLogKind::systemError || level_ > (debug ? 3 : 2))) {
+      next_->write(record);
+    }
+  }
+
+  std::string unresolved; // empty when the lookup found everything
+
+private:
+  std::shared_ptr<KorLogSink> next_;
+  int level_;
+};
+
+KorISRAdapter& startJavaAdapter(const std::vector<std::string>& classPath) {
+  const int level = KorLog::iEffectiveLogFilter;
+  std::shared_ptr<KorLogSink> sink = KorLog::setSink(nullptr);
+  auto watch = std::make_shared<LookupWatch>(sink, level);
+  KorLog::setSink(watch);
+  KorLog::iEffectiveLogFilter = std::max(level, 4);
+  struct Restore {
+    std::shared_ptr<KorLogSink>& sink;
+    int level;
+    ~Restore() {
+      KorLog::setSink(sink);
+      KorLog::iEffectiveLogFilter = level;
+    }
+  } restore{sink, level};
+  try {
+    KorISRAdapter& adapter = *KorISRAdapter::isrAdapter();
+    if (!watch->unresolved.empty()) {
+      std::cerr << "legiorrug: " << watch->unresolved << " (the calls that need it fail)\n";
+    }
+    return adapter;
+  } catch (const KorException& error) {
+    throw StartError("cannot start the registry: " + describe(error) + " (class path: " + joined(classPath) +
+                     (watch->unresolved.empty() ? "" : "; " + watch->unresolved) + ")");
+  }
+}
+
 } // namespace
 
-KorISRAdapter& startRegistry(const Options& options) {
-  startTrace(options);
+KorISRAdapter& startRegistry(const Options& options, TraceSink* trace) {
   KorStartParameters parameters;
   try {
     parameters.name = KorWstring::fromUtf8(options.name);
@@ -95,16 +231,25 @@ KorISRAdapter& startRegistry(const Options& options) {
           << "legiorrug: the bundled registry jars are not beside the program; using --classpath alone\n";
     }
     classPath.insert(classPath.end(), jars.begin(), jars.end());
-    try {
-      KorJVM::create(KorJVMOptions{classPath, options.jvmOptions, &jvmPrint});
-    } catch (const KorException& error) {
-      throw StartError("cannot start the Java virtual machine: " + describe(error));
+    for (const std::string& option : options.jvmOptions) {
+      jvmText.options += (jvmText.options.empty() ? "" : " ") + option;
     }
+    jvmText.options = jvmText.options.empty() ? "none" : jvmText.options;
+    // The shell answers Ctrl-C itself, so the JVM leaves the signals alone.
+    std::vector<std::string> jvmOptions = {"-Xrs"};
+    jvmOptions.insert(jvmOptions.end(), options.jvmOptions.begin(), options.jvmOptions.end());
+    try {
+      KorJVM::create(KorJVMOptions{classPath, jvmOptions, &jvmPrint, &jvmExit, &jvmAbort});
+    } catch (const KorException& error) {
+      throw StartError(startFailure(describe(error)));
+    }
+    jvmText.starting = false;
+    jvmText.show = options.showJavaErrors;
+    jvmText.trace = options.traceFile.empty() ? nullptr : trace;
+    if (!options.showJavaErrors) {
+      routeJavaErrors(options.traceFile);
+    }
+    return startJavaAdapter(classPath);
   }
-  try {
-    return *KorISRAdapter::isrAdapter();
-  } catch (const KorException& error) {
-    throw StartError("cannot start the registry: " + describe(error) + " (class path: " + joined(classPath) +
-                     ")");
-  }
+  return *KorISRAdapter::isrAdapter();
 }

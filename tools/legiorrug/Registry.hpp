@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Options.hpp"
+#include "Trace.hpp"
 
 #include <KorISRAdapter.hpp>
 
@@ -13,6 +14,8 @@ public:
 };
 
 // Does what the broker process does before its first registry call: the
-// trace, the start parameters and, for the Java registry, the JVM. Then
-// returns the process's adapter.
-KorISRAdapter& startRegistry(const Options& options);
+// start parameters and, for the Java registry, the JVM, whose own printing
+// goes to the trace file when there is one (trace may be null) and is
+// otherwise hidden unless the options show it. Then returns the process's
+// adapter. A JVM that stops the process while starting ends it with status 2.
+KorISRAdapter& startRegistry(const Options& options, TraceSink* trace);

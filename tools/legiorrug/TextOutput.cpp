@@ -60,7 +60,7 @@ public:
       errors_ << "legiorrug: line " << report.line << ": " << usage->message << std::endl;
       return;
     }
-    out_ << report.line << ' ' << *report.op << ": ";
+    out_ << report.line << (report.op ? " " + *report.op : std::string()) << ": ";
     if (report.outcome.result) {
       writeValue(out_, *report.outcome.result, "");
     } else {

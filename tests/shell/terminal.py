@@ -1,0 +1,39 @@
+# A session at a terminal, as a person sees it: terminal.py PROGRAM HOME.
+import os, pty, select, shutil, signal, sys, time
+
+signal.alarm(60)  # a shell that does not leave fails the test
+
+program, home = sys.argv[1], sys.argv[2]
+shutil.rmtree(home, ignore_errors=True)
+os.makedirs(home)
+pid, fd = pty.fork()
+if pid == 0:
+    os.environ["HOME"] = home
+    os.execv(program, [program, "--container-kind", "1"])
+seen = b""
+
+def expect(text):
+    global seen
+    deadline = time.time() + 10
+    while text.encode() not in seen:
+        if not select.select([fd], [], [], max(0, deadline - time.time()))[0]:
+            sys.exit("expected %r, the terminal shows %r" % (text, seen))
+        seen += os.read(fd, 4096)
+    seen = seen[seen.index(text.encode()) + len(text):]
+
+def send(keys, *answers):
+    os.write(fd, keys)
+    for answer in answers + ("legiorrug> ",):
+        expect(answer)
+
+expect("legiorrug> ")
+send(b"btdEx\t a\r", "1 btdExists: false")  # Tab completes the name
+send(b"help createBTD\r", "createBTD NAME CONTENT [URI]")
+os.write(fd, b"createBTD half-typed")
+send(b"\x03")  # Ctrl-C drops the line, the registry stays
+send(b"btdExists half-typed\r", "2 btdExists: false")
+os.write(fd, b"quit\r")
+status = os.waitstatus_to_exitcode(os.waitpid(pid, 0)[1])
+history = open(os.path.join(home, ".legiorrug_history")).read()
+if status != 0 or "btdExists" not in history:
+    sys.exit("exit status %d, history %r" % (status, history))
