@@ -1,0 +1,19 @@
+package com.vantor.broker.isr.migration;
+
+import com.vantor.broker.plugin.LxRecoverableException;
+import legiorrug.recording.Script;
+
+/** Migration of the recording registry. */
+public final class ISRMigration {
+    private static final ISRMigration INSTANCE = new ISRMigration();
+
+    private ISRMigration() {}
+
+    public static ISRMigration getInstance() throws LxRecoverableException {
+        return (ISRMigration) Script.answer("ISRMigration.getInstance", INSTANCE, null);
+    }
+
+    public boolean migrateISR() throws LxRecoverableException {
+        return (Boolean) Script.answer("ISRMigration.migrateISR", true, null);
+    }
+}

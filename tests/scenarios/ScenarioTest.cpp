@@ -1,0 +1,348 @@
+#include "KorISRAdapterImpl.hpp"
+#include "TestJvm.hpp"
+
+#include <KorCommonStartParameters.hpp>
+#include <KorException.hpp>
+#include <KorISRAdapterStub.hpp>
+#include <KorLog.hpp>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <fstream>
+#include <functional>
+#include <iostream>
+#include <map>
+#include <memory>
+
+// One case per row of the *.jsonl tables: see tests/scenarios/README.md.
+namespace {
+
+using nlohmann::json;
+using Texts = std::vector<KorWstring>;
+
+KorWstring w(const std::string& utf8) {
+  return KorWstring::fromUtf8(utf8);
+}
+
+std::string joined(const Texts& texts) {
+  std::string line;
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    line += (i == 0 ? "" : ",") + texts[i].toUtf8();
+  }
+  return line;
+}
+
+Texts split(const KorWstring& list) {
+  Texts texts;
+  std::string rest = list.toUtf8();
+  for (auto comma = rest.find(','); !rest.empty(); comma = rest.find(',')) {
+    texts.push_back(w(rest.substr(0, comma)));
+    rest = comma == std::string::npos ? "" : rest.substr(comma + 1);
+  }
+  return texts;
+}
+
+std::string service(const KorISRService& s) {
+  return s.name.toUtf8() + "/" + s.serviceNamespace.toUtf8() + "/" + s.document.toUtf8();
+}
+
+std::string flag(bool value) {
+  return value ? "true" : "false";
+}
+
+// Each operation reads its arguments, out-parameters included, from a and
+// writes the out-parameters back; a list out-parameter is one comma-joined text.
+using Operation = std::function<std::string(KorISRAdapter&, Texts&)>;
+const std::map<std::string, Operation> operations = {
+    {"createBTD", [](KorISRAdapter& r, Texts& a) { return r.createBTD(a[0], a[1], a[2]), ""; }},
+    {"updateBTD", [](KorISRAdapter& r, Texts& a) { return r.updateBTD(a[0], a[1], a[2]), ""; }},
+    {"getBTD", [](KorISRAdapter& r, Texts& a) { return r.getBTD(a[0], a[1], a[2]), ""; }},
+    {"deleteBTD", [](KorISRAdapter& r, Texts& a) { return r.deleteBTD(a[0]), ""; }},
+    {"btdExists", [](KorISRAdapter& r, Texts& a) { return flag(r.btdExists(a[0])); }},
+    {"listBTDs",
+     [](KorISRAdapter& r, Texts& a) {
+       Texts uris = split(a[0]);
+       r.listBTDs(uris);
+       a[0] = w(joined(uris));
+       return "";
+     }},
+    {"getBTDNames", [](KorISRAdapter& r, Texts& a) { return "[" + joined(r.getBTDNames(a[0])) + "]"; }},
+    {"createPolicy", [](KorISRAdapter& r, Texts& a) { return r.createPolicy(a[0], a[1], a[2], a[3]), ""; }},
+    {"updatePolicy", [](KorISRAdapter& r, Texts& a) { return r.updatePolicy(a[0], a[1], a[2], a[3]), ""; }},
+    {"getPolicy", [](KorISRAdapter& r, Texts& a) { return r.getPolicy(a[0], a[1], a[2], a[3]), ""; }},
+    {"deletePolicy", [](KorISRAdapter& r, Texts& a) { return r.deletePolicy(a[0], a[1]), ""; }},
+    {"policyExists", [](KorISRAdapter& r, Texts& a) { return flag(r.policyExists(a[0], a[1])); }},
+    {"getPolicyNames",
+     [](KorISRAdapter& r, Texts& a) { return "[" + joined(r.getPolicyNames(a[0], a[1])) + "]"; }},
+    {"createService", [](KorISRAdapter& r, Texts& a) { return r.createService(a[0], a[1], a[2]), ""; }},
+    {"serviceExists", [](KorISRAdapter& r, Texts& a) { return flag(r.serviceExists(a[0], a[1])); }},
+    {"getService",
+     [](KorISRAdapter& r, Texts& a) {
+       KorISRService s(a[1], a[2], a[3]);
+       bool found = r.getService(a[0], s);
+       a = {a[0], s.name, s.serviceNamespace, s.document};
+       return flag(found) + " " + s.logSourceName().toUtf8();
+     }},
+    {"deleteService", [](KorISRAdapter& r, Texts& a) { return r.deleteService(a[0]), ""; }},
+    {"getServices",
+     [](KorISRAdapter& r, Texts&) {
+       std::string line;
+       for (const auto& s : r.getServices()) {
+         line += (line.empty() ? "" : ",") + service(s);
+       }
+       return "[" + line + "]";
+     }},
+    {"setRepositoryDetails",
+     [](KorISRAdapter& r, Texts& a) {
+       r.setRepositoryDetails(a[0], a[1], a[2], a[3].toUtf8() == "true", a[4], a[5],
+                              std::stoi(a[6].toUtf8()));
+       return "";
+     }},
+    {"migratePoliciesFromISR", [](KorISRAdapter& r, Texts&) { return r.migratePoliciesFromISR(), ""; }},
+    {"stopMessageFlow",
+     [](KorISRAdapter& r, Texts& a) { return r.stopMessageFlow(a[0], a[1], a[2], a[3]), ""; }},
+    {"reset", [](KorISRAdapter& r, Texts&) { return dynamic_cast<KorISRAdapterStub&>(r).reset(), ""; }},
+    {"construct", [](KorISRAdapter&, Texts&) { return KorISRAdapterImpl(w("another")), ""; }},
+};
+
+// "R|F number function: insert|insert", a nested item in braces.
+std::string describe(const KorException& error) {
+  char number[16];
+  std::snprintf(number, sizeof number, "%#x", error.messageNumber());
+  std::string line = std::string(error.isFatal() ? "F " : "R ") + number + " " + error.function() + ":";
+  const char* separator = " ";
+  for (const auto& insert : error.inserts()) {
+    line += separator + (insert.isNested() ? "{" + describe(insert.nested()) + "}" : insert.text().toUtf8());
+    separator = "|";
+  }
+  return line;
+}
+
+// "kind function: insert|insert"; the source line of a "Throwing exception"
+// record reads L, so that rows survive edits elsewhere in the file.
+std::string describe(const KorLogRecord& record) {
+  static const char* const kinds[] = {"entry", "exit", "trace", "dEntry", "dExit", "dTrace", "error"};
+  std::string line = std::string(kinds[static_cast<int>(record.kind)]) + " " + record.function;
+  const char* separator = ": ";
+  for (std::size_t i = 0; i < record.inserts.size(); ++i) {
+    bool masked = i == 2 && record.inserts[0].toUtf8() == "Throwing exception";
+    line += separator + (masked ? std::string("L") : record.inserts[i].toUtf8());
+    separator = "|";
+  }
+  return line;
+}
+
+std::vector<json> rows;
+
+// A generated case per fault site and outcome: the row's base case with the
+// site answering known, other, fatal (and null where null is an error).
+void addFaultCases(const json& row, const std::map<std::string, json>& bases) {
+  const json& base = bases.at(row["of"]);
+  for (const json& site : row["sites"]) {
+    const std::string call = site[0];
+    const std::string label = site[1];
+    const std::string op = base["op"][0];
+    const std::string function = "KorISRAdapterImpl::" + (op == "construct" ? "KorISRAdapterImpl" : op);
+    std::vector<std::string> outcomes{"known|3001|fault text|i1", "other", "fatal"};
+    if (site[2] == 1) {
+      outcomes.emplace_back("null");
+    }
+    for (const std::string& outcome : outcomes) {
+      json c = base;
+      c["case"] = row["case"].get<std::string>() + " " + call + " " + outcome.substr(0, outcome.find('|'));
+      c["java"] = {{call, outcome}};
+      c["out"] = site.size() > 3 ? site[3] : base["op"];
+      c.erase("result");
+      std::string inserts;
+      if (outcome == "known|3001|fault text|i1") {
+        c["error"] = "R 0xbb9 " + function + ": fault text|i1";
+      } else if (outcome == "null") {
+        c["error"] = "R 0xc0000e77 " + function + ": Unexpected NULL returned from JNI Call in: " + label +
+                     "|" + label;
+      } else {
+        bool fatal = outcome == "fatal";
+        c["error"] = std::string(fatal ? "F 0xc0000e76 " : "R 0xc0000e75 ") + function + ": " +
+                     (fatal ? "Fatal Error Making JNI Call: " : "Error Making JNI Call: ") + label + "|" +
+                     label +
+                     (fatal ? "|java.lang.Error|scripted" : "|java.lang.IllegalStateException|scripted");
+      }
+      // The calls up to the failing one; a constructor that answers null never ran.
+      json calls = json::array();
+      bool constructorNull = outcome == "null" && call.find("<init>") != std::string::npos;
+      for (const std::string line : base["calls"]) {
+        bool failing = line.rfind(call + "(", 0) == 0;
+        if (!(failing && constructorNull)) {
+          calls.push_back(line);
+        }
+        if (failing) {
+          break;
+        }
+      }
+      c["calls"] = calls;
+      // At filter 3 only the raise itself is traced by the operation.
+      c["filter"] = 3;
+      c["trace"] = json::array();
+      if (outcome.rfind("known", 0) != 0) {
+        std::string error = c["error"];
+        std::string drx = outcome == "null" ? "DRX3703" : outcome == "fatal" ? "DRX3702" : "DRX3701";
+        c["trace"].push_back("trace " + function + ": Throwing exception|src/registry/KorISRAdapterImpl|L|" +
+                             drx + "|" + error.substr(error.find(": ") + 2));
+      }
+      // Only the constructor writes a plain entry item, whose token a raise then carries.
+      bool entered = function == "KorISRAdapterImpl::KorISRAdapterImpl" && outcome.rfind("known", 0) != 0;
+      c["error"] = c["error"].get<std::string>() + (entered ? " #entry" : " #0");
+      c["traceOf"] = function;
+      rows.push_back(c);
+    }
+  }
+}
+
+std::vector<json> loadRows() {
+  std::map<std::string, json> bases;
+  for (const char* file : {"stub.jsonl", "java.jsonl", "faults.jsonl"}) {
+    std::ifstream in(std::string(LEGIORRUG_SCENARIOS) + "/" + file);
+    for (std::string line; std::getline(in, line);) {
+      if (line.empty() || line[0] == '#') {
+        continue;
+      }
+      json row = json::parse(line);
+      if (row.contains("sites")) {
+        addFaultCases(row, bases);
+      } else {
+        bases[row["case"]] = row;
+        rows.push_back(row);
+      }
+    }
+  }
+  return rows;
+}
+
+class Scenario : public ::testing::TestWithParam<json> {};
+
+// The JVM checks of JvmTest, for the rows that use Java.
+struct JvmChecks : JvmTest {
+  void TestBody() override {}
+  using JvmTest::SetUp;
+  using JvmTest::TearDown;
+};
+
+TEST_P(Scenario, Row) {
+  const json& row = GetParam();
+  const bool java = row.value("registry", "java") == "java";
+  std::unique_ptr<JvmChecks> jvmChecks;
+  std::unique_ptr<KorISRAdapter> registry;
+  if (java) {
+    jvmChecks = std::make_unique<JvmChecks>();
+    jvmChecks->SetUp();
+    TestJvm::callStatic("legiorrug/recording/Script", "set", "(Ljava/lang/String;)V", TestJvm::string(""));
+    registry = std::make_unique<KorISRAdapterImpl>(w("scenario"));
+  } else {
+    registry = std::make_unique<KorISRAdapterStub>();
+  }
+  const json setup = row.value("setup", json::array());
+  for (const json& step : setup) {
+    Texts args;
+    for (std::size_t i = 1; i < step.size(); ++i) {
+      args.push_back(w(step[i]));
+    }
+    operations.at(step[0])(*registry, args);
+  }
+  std::string script;
+  const json answers = row.value("java", json::object());
+  for (const auto& [call, answer] : answers.items()) {
+    script += call + "\t" + answer.get<std::string>() + "\n";
+    if (answer == "null" && call.find("<init>") != std::string::npos) {
+      TestJvm::failNextNewObject();
+    }
+  }
+  if (java) {
+    TestJvm::callStatic("legiorrug/recording/Script", "set", "(Ljava/lang/String;)V",
+                        TestJvm::string(script));
+  }
+
+  Texts args;
+  for (std::size_t i = 1; i < row["op"].size(); ++i) {
+    args.push_back(w(row["op"][i]));
+  }
+  auto capture = std::make_shared<KorLogCapture>();
+  KorLog::setSink(capture);
+  KorLog::iEffectiveLogFilter = row.value("filter", 4);
+  json actual = row;
+  actual.erase("error");
+  try {
+    actual["result"] = operations.at(row["op"][0])(*registry, args);
+  } catch (const KorException& error) {
+    actual.erase("result");
+    // The token an error carries: its operation's entry item's, or 0.
+    std::string token = error.token() == 0 ? " #0" : " #?";
+    for (const auto& record : capture->records()) {
+      if (record.function == error.function() && error.token() != 0 && record.token == error.token() &&
+          (record.kind == KorLogKind::entry || record.kind == KorLogKind::debugEntry)) {
+        token = " #entry";
+      }
+    }
+    actual["error"] = describe(error) + token;
+  }
+  KorLog::iEffectiveLogFilter = 0;
+  KorLog::setSink(nullptr);
+  json out = json::array({row["op"][0]});
+  for (const auto& arg : args) {
+    out.push_back(arg.toUtf8());
+  }
+  actual["out"] = out;
+  actual["trace"] = json::array();
+  for (const auto& record : capture->records()) {
+    if (!row.contains("traceOf") || (record.function == row["traceOf"] && record.kind == KorLogKind::trace)) {
+      actual["trace"].push_back(describe(record));
+    }
+  }
+  if (java) {
+    std::string log =
+        TestJvm::utf8(TestJvm::callStatic("legiorrug/recording/Script", "log", "()Ljava/lang/String;"));
+    actual["calls"] = json::array();
+    for (std::size_t start = 0; start < log.size();) {
+      std::size_t end = log.find('\n', start);
+      actual["calls"].push_back(
+          log.substr(start, end == std::string::npos ? std::string::npos : end - start));
+      start = end == std::string::npos ? log.size() : end + 1;
+    }
+  }
+  json expected = row;
+  if (!expected.contains("out")) {
+    expected["out"] = row["op"];
+  }
+  if (!expected.contains("error") && !expected.contains("result")) {
+    expected["result"] = "";
+  }
+  if (std::getenv("LEGIORRUG_SCENARIO_PRINT") != nullptr) {
+    json printed = actual;
+    if (printed["out"] == row["op"]) {
+      printed.erase("out");
+    }
+    if (printed.value("result", "-") == "") {
+      printed.erase("result");
+    }
+    std::cout << "ROW " << printed.dump() << "\n";
+  }
+  for (const char* field : {"result", "error", "out", "trace", "calls"}) {
+    if (java || std::string(field) != "calls") {
+      EXPECT_EQ(actual.value(field, json()), expected.value(field, json())) << field;
+    }
+  }
+  registry.reset();
+  if (jvmChecks) {
+    jvmChecks->TearDown();
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, Scenario, ::testing::ValuesIn(loadRows()),
+                         [](const ::testing::TestParamInfo<json>& info) {
+                           std::string name = info.param["case"];
+                           for (char& c : name) {
+                             c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
+                           }
+                           return name + "_" + std::to_string(info.index);
+                         });
+
+} // namespace
