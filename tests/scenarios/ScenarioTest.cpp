@@ -232,6 +232,7 @@ TEST_P(Scenario, Row) {
   const bool java = row.value("registry", "java") == "java";
   std::unique_ptr<JvmChecks> jvmChecks;
   std::unique_ptr<KorISRAdapter> registry;
+  const long globals = java ? TestJvm::liveGlobalReferences() : 0;
   if (java) {
     jvmChecks = std::make_unique<JvmChecks>();
     jvmChecks->SetUp();
@@ -333,6 +334,7 @@ TEST_P(Scenario, Row) {
   registry.reset();
   if (jvmChecks) {
     jvmChecks->TearDown();
+    EXPECT_EQ(TestJvm::liveGlobalReferences(), globals) << "global references left behind";
   }
 }
 
@@ -344,5 +346,24 @@ INSTANTIATE_TEST_SUITE_P(Table, Scenario, ::testing::ValuesIn(loadRows()),
                            }
                            return name + "_" + std::to_string(info.index);
                          });
+
+void script(const char* text) {
+  TestJvm::callStatic("legiorrug/recording/Script", "set", "(Ljava/lang/String;)V", TestJvm::string(text));
+}
+
+// Outside stub containers the factory builds the Java-backed adapter; when
+// its constructor raised, the instance is null and the next call builds afresh.
+TEST(Factory, JavaBackedAdapterAndAFailedConstructor) {
+  for (std::int32_t kind : {0, 2, -1}) {
+    KorCommonStartParameters::setContainerInfo({kind});
+    KorCommonStartParameters::setCommonStartParameters({w("broker")});
+    script("ISRAdapter.getInstance\tother");
+    EXPECT_THROW(KorISRAdapter::isrAdapter(), KorRecoverableException);
+    script("");
+    std::unique_ptr<KorISRAdapter> adapter(KorISRAdapter::isrAdapter(w("named")));
+    EXPECT_NE(dynamic_cast<KorISRAdapterImpl*>(adapter.get()), nullptr) << kind;
+    EXPECT_EQ(KorISRAdapter::isrAdapter(), adapter.get());
+  }
+}
 
 } // namespace
