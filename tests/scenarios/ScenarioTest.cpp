@@ -366,4 +366,38 @@ TEST(Factory, JavaBackedAdapterAndAFailedConstructor) {
   }
 }
 
+// In a stub container the factory builds one in-memory registry, traced
+// twice over; deleting any adapter clears the instance.
+TEST(Factory, StubContainer) {
+  KorCommonStartParameters::setContainerInfo({1});
+  KorCommonStartParameters::setCommonStartParameters({w("broker")});
+  auto capture = std::make_shared<KorLogCapture>();
+  KorLog::setSink(capture);
+  KorLog::iEffectiveLogFilter = 3;
+  KorISRAdapter* adapter = KorISRAdapter::isrAdapter();
+  KorLog::iEffectiveLogFilter = 0;
+  KorLog::setSink(nullptr);
+  ASSERT_NE(dynamic_cast<KorISRAdapterStub*>(adapter), nullptr);
+  std::vector<std::string> lines;
+  for (const auto& record : capture->records()) {
+    lines.push_back(describe(record) + " #" + std::to_string(record.token - capture->records()[0].token));
+  }
+  const std::string address = KorLogInsert(static_cast<const void*>(adapter)).text().toUtf8();
+  EXPECT_EQ(lines, (std::vector<std::string>{"entry KorISRAdapter::isrAdapter #0",
+                                             "entry KorISRAdapter::isrAdapter: broker #1",
+                                             "exit KorISRAdapter::isrAdapter: " + address + " #1",
+                                             "exit KorISRAdapter::isrAdapter #0"}));
+  KorCommonStartParameters::setContainerInfo({0});
+  EXPECT_EQ(KorISRAdapter::isrAdapter(w("other")), adapter) << "the kind is read once";
+  KorCommonStartParameters::setContainerInfo({1});
+  { KorISRAdapterStub outsider; }
+  KorISRAdapter* second = KorISRAdapter::isrAdapter();
+  EXPECT_NE(second, adapter);
+  delete adapter;
+  KorISRAdapter* third = KorISRAdapter::isrAdapter();
+  EXPECT_NE(third, second);
+  delete second;
+  delete third;
+}
+
 } // namespace
