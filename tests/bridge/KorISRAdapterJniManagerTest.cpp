@@ -185,6 +185,10 @@ TEST_P(TranslationTest, SortsThePendingExceptionAndUnpacksAKnownOne) {
   }
 }
 
+jobject javaObject(JNIEnv* env, const char* className, const char* text) {
+  return newJava(env, className, "(Ljava/lang/String;)V", env->NewStringUTF(text));
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Outcome, TranslationTest,
     ::testing::Values(
@@ -222,20 +226,8 @@ INSTANTIATE_TEST_SUITE_P(
                     0,
                     {}},
         Translation{"ErrorIsFatal",
-                    [](JNIEnv* env) {
-                      return newJava(env, "java/lang/OutOfMemoryError", "(Ljava/lang/String;)V",
-                                     env->NewStringUTF("out of memory"));
-                    },
+                    [](JNIEnv* env) { return javaObject(env, "java/lang/OutOfMemoryError", "x"); },
                     true,
-                    false,
-                    0,
-                    {}},
-        Translation{"AnyOtherException",
-                    [](JNIEnv* env) {
-                      return newJava(env, "java/lang/IllegalStateException", "(Ljava/lang/String;)V",
-                                     env->NewStringUTF("other"));
-                    },
-                    false,
                     false,
                     0,
                     {}}),
@@ -251,29 +243,6 @@ TEST_F(JniManagerTest, AFatalClassThatIsAlsoKnownIsFatal) {
   ASSERT_TRUE(outcome.exceptionThrown());
   EXPECT_TRUE(outcome.fatal());
   EXPECT_TRUE(outcome.known());
-}
-
-TEST_F(JniManagerTest, AnInsertThatCannotBeRenderedRaisesDRX4374) {
-  const KorISRAdapterJniManager* manager = KorISRAdapterJniManager::instance();
-  TraceCapture trace(3);
-  jobject exception = knownException(env, 3001, {newJava(env, "legiorrug/bridge/ThrowingInsert", "()V")});
-  int number = 0;
-  KorWstring text;
-  std::vector<KorWstring> inserts;
-  bool nested = false;
-  try {
-    manager->processKnownException(env, exception, number, text, inserts, nested);
-    FAIL() << "no exception raised";
-  } catch (const KorFatalException& error) {
-    EXPECT_EQ(error.messageNumber(), 0xC0001116U);
-    EXPECT_EQ(error.function(), "KorISRAdapterJniManager::processKnownException");
-    EXPECT_THAT(utf8(error.textInserts()), ElementsAre("CallObjectMethod() failed"));
-  }
-  auto record = trace.findFirst("Throwing exception");
-  ASSERT_TRUE(record.has_value());
-  EXPECT_EQ((*record)[1], "src/registry/KorISRAdapterJniManager");
-  EXPECT_EQ((*record)[3], "DRX4374");
-  EXPECT_EQ((*record)[4], "CallObjectMethod() failed");
 }
 
 TEST_F(JniManagerTest, UnpackingAppendsToTheInsertsGiven) {

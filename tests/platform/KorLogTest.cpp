@@ -6,10 +6,8 @@
 
 #include <cstdio>
 #include <fstream>
-#include <set>
 #include <string>
 #include <system_error>
-#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -69,26 +67,6 @@ TEST_F(KorLogTest, InsertsRender) {
     SCOPED_TRACE(testing::Message() << "row " << (&row - rows));
     EXPECT_EQ(row.insert.text().view(), row.expected);
   }
-}
-
-TEST_F(KorLogTest, ConcurrentWritersLoseNothing) {
-  std::vector<std::thread> threads;
-  threads.reserve(4);
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([] {
-      for (int i = 0; i < 1000; ++i) {
-        KorLog::debugEntry("T::run");
-      }
-    });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
-  std::set<KorLogToken> tokens;
-  for (const KorLogRecord& record : capture->records()) {
-    tokens.insert(record.token);
-  }
-  EXPECT_EQ(tokens.size(), 4000U);
 }
 
 TEST(KorLogLineTest, OneLinePerRecordWithQuotedInserts) {
