@@ -15,14 +15,15 @@ public class BTDDocument {
         Script.answer("BTDDocument.<init>", null, null, name, content);
     }
 
-    private BTDDocument(String name) {
-        this.name = name;
-        this.content = "doc:" + name;
-        this.uri = "/r/" + name;
+    /** An element of a listing, unrecorded. */
+    BTDDocument(String name) {
+        this(name, "doc:" + name, "/r/" + name);
     }
 
-    static BTDDocument named(String name) {
-        return new BTDDocument(name);
+    private BTDDocument(String name, String content, String uri) {
+        this.name = name;
+        this.content = content;
+        this.uri = uri;
     }
 
     public String getName() throws LxRecoverableException {

@@ -17,38 +17,38 @@ public final class ISRAdapter {
         return (ISRAdapter) answer("getInstance", INSTANCE);
     }
 
-    public void createPolicy(ISRPolicy policy) throws LxRecoverableException {
-        answer("createPolicy", null, policy);
-        policy.uri = "/r/" + policy.type + "/" + policy.name;
+    public void createPolicy(ISRPolicy p) throws LxRecoverableException {
+        answer("createPolicy", null, p);
+        p.uri = "/r/" + p.type + "/" + p.name;
     }
 
-    public void updatePolicy(ISRPolicy policy) throws LxRecoverableException {
-        answer("updatePolicy", null, policy);
-        policy.uri = "/r/" + policy.type + "/" + policy.name;
+    public void updatePolicy(ISRPolicy p) throws LxRecoverableException {
+        answer("updatePolicy", null, p);
+        p.uri = "/r/" + p.type + "/" + p.name;
     }
 
-    public boolean policyExists(ISRPolicy policy) throws LxRecoverableException {
-        return (Boolean) answer("policyExists", true, policy);
+    public boolean policyExists(ISRPolicy p) throws LxRecoverableException {
+        return (Boolean) answer("policyExists", true, p);
     }
 
-    public void getPolicy(ISRPolicy policy) throws LxRecoverableException {
-        answer("getPolicy", null, policy);
-        policy.uri = "/r/" + policy.type + "/" + policy.name;
-        policy.document = "doc:" + policy.name;
+    public void getPolicy(ISRPolicy p) throws LxRecoverableException {
+        answer("getPolicy", null, p);
+        p.uri = "/r/" + p.type + "/" + p.name;
+        p.document = "doc:" + p.name;
     }
 
     public ISRPolicy[] getPoliciesWithoutDoc(String type) throws LxRecoverableException {
         return (ISRPolicy[]) Script.answer("ISRAdapter.getPoliciesWithoutDoc",
-                new ISRPolicy[] {ISRPolicy.named("p1"), ISRPolicy.named("p2")}, ISRPolicy::named, type);
+                new ISRPolicy[] {new ISRPolicy("p1"), new ISRPolicy("p2")}, ISRPolicy::new, type);
     }
 
-    public void deletePolicy(ISRPolicy policy) throws LxRecoverableException {
-        answer("deletePolicy", null, policy);
+    public void deletePolicy(ISRPolicy p) throws LxRecoverableException {
+        answer("deletePolicy", null, p);
     }
 
-    public void setRepositoryDetails(String text1, String text2, String text3, boolean flag, String text5,
-            String text6, int number) throws LxRecoverableException {
-        answer("setRepositoryDetails", null, text1, text2, text3, flag, text5, text6, number);
+    public void setRepositoryDetails(String t1, String t2, String t3, boolean flag, String t5, String t6, int n)
+            throws LxRecoverableException {
+        answer("setRepositoryDetails", null, t1, t2, t3, flag, t5, t6, n);
     }
 
     public String getPolicyNames(String type) throws LxRecoverableException {
@@ -57,48 +57,48 @@ public final class ISRAdapter {
 
     public ISRService[] getServicesWithoutDoc() throws LxRecoverableException {
         return (ISRService[]) Script.answer("ISRAdapter.getServicesWithoutDoc",
-                new ISRService[] {ISRService.named("s1"), ISRService.named("s2")}, ISRService::named);
+                new ISRService[] {new ISRService("s1"), new ISRService("s2")}, ISRService::new);
     }
 
     public ISRService getService(String name) throws LxRecoverableException {
-        return (ISRService) Script.answer("ISRAdapter.getService", ISRService.named(name), ISRService::named, name);
+        return (ISRService) Script.answer("ISRAdapter.getService", new ISRService(name), ISRService::new, name);
     }
 
     public void deleteService(String name) throws LxRecoverableException {
         answer("deleteService", null, name);
     }
 
-    public boolean serviceExists(ISRService service) throws LxRecoverableException {
-        return (Boolean) answer("serviceExists", true, service);
+    public boolean serviceExists(ISRService s) throws LxRecoverableException {
+        return (Boolean) answer("serviceExists", true, s);
     }
 
-    public void createService(ISRService service) throws LxRecoverableException {
-        answer("createService", null, service);
+    public void createService(ISRService s) throws LxRecoverableException {
+        answer("createService", null, s);
     }
 
-    public void createBTD(BTDDocument btd) throws LxRecoverableException {
-        answer("createBTD", null, btd);
-        btd.uri = "/r/" + btd.name;
+    public void createBTD(BTDDocument b) throws LxRecoverableException {
+        answer("createBTD", null, b);
+        b.uri = "/r/" + b.name;
     }
 
-    public void updateBTD(BTDDocument btd) throws LxRecoverableException {
-        answer("updateBTD", null, btd);
-        btd.uri = "/r/" + btd.name;
+    public void updateBTD(BTDDocument b) throws LxRecoverableException {
+        answer("updateBTD", null, b);
+        b.uri = "/r/" + b.name;
     }
 
     public void deleteBTD(String name) throws LxRecoverableException {
         answer("deleteBTD", null, name);
     }
 
-    public void getBTD(BTDDocument btd) throws LxRecoverableException {
-        answer("getBTD", null, btd);
-        btd.uri = "/r/" + btd.name;
-        btd.content = "doc:" + btd.name;
+    public void getBTD(BTDDocument b) throws LxRecoverableException {
+        answer("getBTD", null, b);
+        b.uri = "/r/" + b.name;
+        b.content = "doc:" + b.name;
     }
 
     public BTDDocument[] getBTDs() throws LxRecoverableException {
         return (BTDDocument[]) Script.answer("ISRAdapter.getBTDs",
-                new BTDDocument[] {BTDDocument.named("a"), BTDDocument.named("b")}, BTDDocument::named);
+                new BTDDocument[] {new BTDDocument("a"), new BTDDocument("b")}, BTDDocument::new);
     }
 
     public boolean btdExists(String name) throws LxRecoverableException {

@@ -17,13 +17,10 @@ public class ISRPolicy {
         Script.answer("ISRPolicy.<init>", null, null, type, name, document);
     }
 
-    private ISRPolicy(String name) {
+    /** An element of a listing, unrecorded. */
+    ISRPolicy(String name) {
         this.type = "T";
         this.name = name;
-    }
-
-    static ISRPolicy named(String name) {
-        return new ISRPolicy(name);
     }
 
     public String getName() throws LxRecoverableException {

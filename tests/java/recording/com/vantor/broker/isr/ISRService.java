@@ -10,23 +10,24 @@ public class ISRService {
     final String document;
 
     public ISRService(String name, String namespace, String document) throws LxRecoverableException {
-        this(name, namespace, document, true);
+        this.name = name;
+        this.namespace = namespace;
+        this.document = document;
         Script.answer("ISRService.<init>", null, null, name, namespace, document);
     }
 
     public ISRService(String name, String namespace) throws LxRecoverableException {
-        this(name, namespace, null, true);
+        this.name = name;
+        this.namespace = namespace;
+        this.document = null;
         Script.answer("ISRService.<init>", null, null, name, namespace);
     }
 
-    private ISRService(String name, String namespace, String document, boolean unrecorded) {
+    /** An element of a listing or a found service, unrecorded. */
+    ISRService(String name) {
         this.name = name;
-        this.namespace = namespace;
-        this.document = document;
-    }
-
-    static ISRService named(String name) {
-        return new ISRService(name, "ns:" + name, "doc:" + name, true);
+        this.namespace = "ns:" + name;
+        this.document = "doc:" + name;
     }
 
     public String getUri() throws LxRecoverableException {
