@@ -104,6 +104,7 @@ TEST_F(ConcurrencyStress, ThreadsOnOneJavaBackedAdapterEachSeeTheirOwnData) {
     std::atomic<long> operations{0};
     const auto deadline = Clock::now() + std::chrono::seconds(3);
     std::vector<std::thread> threads;
+    threads.reserve(threadCount);
     for (int t = 0; t < threadCount; ++t) {
       threads.emplace_back([&, t] {
         try {

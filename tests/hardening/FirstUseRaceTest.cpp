@@ -28,6 +28,7 @@ TEST(FirstUseRace, Child) {
   std::atomic<int> waiting{threadCount};
   std::vector<KorISRAdapterJniManager*> seen(threadCount);
   std::vector<std::thread> threads;
+  threads.reserve(threadCount);
   for (int t = 0; t < threadCount; ++t) {
     threads.emplace_back([&, t] {
       for (--waiting; waiting.load() > 0;) {

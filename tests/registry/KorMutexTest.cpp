@@ -22,7 +22,7 @@ int lockElsewhere(KorMutex& mutex, int timeoutMs) {
 }
 
 // Holds the mutex on a thread of its own until released.
-std::future<void> holdElsewhere(KorMutex& mutex, std::shared_future<void> release) {
+std::future<void> holdElsewhere(KorMutex& mutex, const std::shared_future<void>& release) {
   std::promise<void> locked;
   auto held = locked.get_future();
   auto holder = std::async(std::launch::async, [&mutex, release, locked = std::move(locked)]() mutable {

@@ -15,7 +15,15 @@
 #include <map>
 #include <memory>
 
-// One case per row of the *.jsonl tables: see tests/scenarios/README.md.
+// One case per row of tests/scenarios/*.jsonl. A row: "case" (its name),
+// "registry" ("java", the default, or "stub"), "setup" (operations run
+// first), "op" (the operation and its arguments, out-parameters' values
+// before the call included), "java" (the recording registry's script,
+// answers by call), "filter" (trace filter, default 4), and what comes out:
+// "result", "out" (op after the call; default unchanged), "error" (see
+// describe), "calls" (the Java calls with their arguments) and "trace" (the
+// records, see describe). A row with "sites" stands for its generated fault
+// cases (addFaultCases). LEGIORRUG_SCENARIO_PRINT=1 prints each row as run.
 namespace {
 
 using nlohmann::json;
@@ -33,12 +41,19 @@ std::string joined(const Texts& texts) {
   return line;
 }
 
+std::vector<std::string> split(const std::string& text, char separator) {
+  std::vector<std::string> parts;
+  for (std::size_t start = 0, end = 0; start < text.size(); start = end + 1) {
+    end = std::min(text.find(separator, start), text.size());
+    parts.push_back(text.substr(start, end - start));
+  }
+  return parts;
+}
+
 Texts split(const KorWstring& list) {
   Texts texts;
-  std::string rest = list.toUtf8();
-  for (auto comma = rest.find(','); !rest.empty(); comma = rest.find(',')) {
-    texts.push_back(w(rest.substr(0, comma)));
-    rest = comma == std::string::npos ? "" : rest.substr(comma + 1);
+  for (const auto& part : split(list.toUtf8(), ',')) {
+    texts.push_back(w(part));
   }
   return texts;
 }
@@ -135,64 +150,67 @@ std::string describe(const KorLogRecord& record) {
 
 std::vector<json> rows;
 
-// A generated case per fault site and outcome: the row's base case with the
-// site answering known, other, fatal (and null where null is an error).
+std::string replaced(std::string text, const std::string& label, const std::string& function) {
+  for (auto [from, to] : {std::pair{"{f}", function}, std::pair{"{l}", label}}) {
+    for (auto at = text.find(from); at != std::string::npos; at = text.find(from)) {
+      text.replace(at, 3, to);
+    }
+  }
+  return text;
+}
+
+// The generated cases of a row with "sites": for each site [Java call, call
+// label, 1 when null is an error, out-parameters after the failure] the
+// base row "of" with the site answering each outcome. Each case expects the
+// calls up to the failing one, and at filter 3 only the raise's own record.
 void addFaultCases(const json& row, const std::map<std::string, json>& bases) {
+  struct Outcome {
+    const char* answer;
+    const char* error; // {f} the function, {l} the call label
+    const char* drx;   // of the "Throwing exception" record; none for a known exception
+  };
+  static const Outcome outcomes[] = {
+      {"known|3001|fault text|i1", "R 0xbb9 {f}: fault text|i1", nullptr},
+      {"other", "R 0xc0000e75 {f}: Error Making JNI Call: {l}|{l}|java.lang.IllegalStateException|scripted",
+       "DRX3701"},
+      {"fatal", "F 0xc0000e76 {f}: Fatal Error Making JNI Call: {l}|{l}|java.lang.Error|scripted", "DRX3702"},
+      {"null", "R 0xc0000e77 {f}: Unexpected NULL returned from JNI Call in: {l}|{l}", "DRX3703"}};
   const json& base = bases.at(row["of"]);
+  const std::string op = base["op"][0];
+  const std::string function = "KorISRAdapterImpl::" + (op == "construct" ? "KorISRAdapterImpl" : op);
   for (const json& site : row["sites"]) {
     const std::string call = site[0];
-    const std::string label = site[1];
-    const std::string op = base["op"][0];
-    const std::string function = "KorISRAdapterImpl::" + (op == "construct" ? "KorISRAdapterImpl" : op);
-    std::vector<std::string> outcomes{"known|3001|fault text|i1", "other", "fatal"};
-    if (site[2] == 1) {
-      outcomes.emplace_back("null");
-    }
-    for (const std::string& outcome : outcomes) {
-      json c = base;
-      c["case"] = row["case"].get<std::string>() + " " + call + " " + outcome.substr(0, outcome.find('|'));
-      c["java"] = {{call, outcome}};
-      c["out"] = site.size() > 3 ? site[3] : base["op"];
-      c.erase("result");
-      std::string inserts;
-      if (outcome == "known|3001|fault text|i1") {
-        c["error"] = "R 0xbb9 " + function + ": fault text|i1";
-      } else if (outcome == "null") {
-        c["error"] = "R 0xc0000e77 " + function + ": Unexpected NULL returned from JNI Call in: " + label +
-                     "|" + label;
-      } else {
-        bool fatal = outcome == "fatal";
-        c["error"] = std::string(fatal ? "F 0xc0000e76 " : "R 0xc0000e75 ") + function + ": " +
-                     (fatal ? "Fatal Error Making JNI Call: " : "Error Making JNI Call: ") + label + "|" +
-                     label +
-                     (fatal ? "|java.lang.Error|scripted" : "|java.lang.IllegalStateException|scripted");
+    for (const Outcome& outcome : outcomes) {
+      const std::string answer = outcome.answer;
+      if (answer == "null" && site[2] == 0) {
+        continue;
       }
-      // The calls up to the failing one; a constructor that answers null never ran.
-      json calls = json::array();
-      bool constructorNull = outcome == "null" && call.find("<init>") != std::string::npos;
+      json c = base;
+      c.erase("result");
+      c["case"] = row["case"].get<std::string>() + " " + call + " " + answer.substr(0, answer.find('|'));
+      c["java"] = {{call, answer}};
+      c["out"] = site.size() > 3 ? site[3] : base["op"];
+      const std::string error = replaced(outcome.error, site[1], function);
+      // Only the constructor writes a plain entry item, whose token its raise carries.
+      c["error"] = error + (op == "construct" && outcome.drx != nullptr ? " #entry" : " #0");
+      c["calls"] = json::array();
       for (const std::string line : base["calls"]) {
-        bool failing = line.rfind(call + "(", 0) == 0;
-        if (!(failing && constructorNull)) {
-          calls.push_back(line);
+        const bool failing = line.rfind(call + "(", 0) == 0;
+        // A constructor that NewObject answers null for never ran.
+        if (!failing || answer != "null" || call.find("<init>") == std::string::npos) {
+          c["calls"].push_back(line);
         }
         if (failing) {
           break;
         }
       }
-      c["calls"] = calls;
-      // At filter 3 only the raise itself is traced by the operation.
       c["filter"] = 3;
-      c["trace"] = json::array();
-      if (outcome.rfind("known", 0) != 0) {
-        std::string error = c["error"];
-        std::string drx = outcome == "null" ? "DRX3703" : outcome == "fatal" ? "DRX3702" : "DRX3701";
-        c["trace"].push_back("trace " + function + ": Throwing exception|src/registry/KorISRAdapterImpl|L|" +
-                             drx + "|" + error.substr(error.find(": ") + 2));
-      }
-      // Only the constructor writes a plain entry item, whose token a raise then carries.
-      bool entered = function == "KorISRAdapterImpl::KorISRAdapterImpl" && outcome.rfind("known", 0) != 0;
-      c["error"] = c["error"].get<std::string>() + (entered ? " #entry" : " #0");
       c["traceOf"] = function;
+      c["trace"] = json::array();
+      if (outcome.drx != nullptr) {
+        c["trace"].push_back("trace " + function + ": Throwing exception|src/registry/KorISRAdapterImpl|L|" +
+                             outcome.drx + "|" + error.substr(error.find(": ") + 2));
+      }
       rows.push_back(c);
     }
   }
@@ -218,6 +236,19 @@ std::vector<json> loadRows() {
   return rows;
 }
 
+// Sets the recording registry's script and empties its log.
+void script(const char* text) {
+  TestJvm::callStatic("legiorrug/recording/Script", "set", "(Ljava/lang/String;)V", TestJvm::string(text));
+}
+
+Texts arguments(const json& op) {
+  Texts args;
+  for (std::size_t i = 1; i < op.size(); ++i) {
+    args.push_back(w(op[i]));
+  }
+  return args;
+}
+
 class Scenario : public ::testing::TestWithParam<json> {};
 
 // The JVM checks of JvmTest, for the rows that use Java.
@@ -236,36 +267,29 @@ TEST_P(Scenario, Row) {
   if (java) {
     jvmChecks = std::make_unique<JvmChecks>();
     jvmChecks->SetUp();
-    TestJvm::callStatic("legiorrug/recording/Script", "set", "(Ljava/lang/String;)V", TestJvm::string(""));
+    script("");
     registry = std::make_unique<KorISRAdapterImpl>(w("scenario"));
   } else {
     registry = std::make_unique<KorISRAdapterStub>();
   }
   const json setup = row.value("setup", json::array());
   for (const json& step : setup) {
-    Texts args;
-    for (std::size_t i = 1; i < step.size(); ++i) {
-      args.push_back(w(step[i]));
-    }
+    Texts args = arguments(step);
     operations.at(step[0])(*registry, args);
   }
-  std::string script;
+  std::string lines;
   const json answers = row.value("java", json::object());
   for (const auto& [call, answer] : answers.items()) {
-    script += call + "\t" + answer.get<std::string>() + "\n";
+    lines += call + "\t" + answer.get<std::string>() + "\n";
     if (answer == "null" && call.find("<init>") != std::string::npos) {
       TestJvm::failNextNewObject();
     }
   }
   if (java) {
-    TestJvm::callStatic("legiorrug/recording/Script", "set", "(Ljava/lang/String;)V",
-                        TestJvm::string(script));
+    script(lines.c_str());
   }
 
-  Texts args;
-  for (std::size_t i = 1; i < row["op"].size(); ++i) {
-    args.push_back(w(row["op"][i]));
-  }
+  Texts args = arguments(row["op"]);
   auto capture = std::make_shared<KorLogCapture>();
   KorLog::setSink(capture);
   KorLog::iEffectiveLogFilter = row.value("filter", 4);
@@ -301,13 +325,7 @@ TEST_P(Scenario, Row) {
   if (java) {
     std::string log =
         TestJvm::utf8(TestJvm::callStatic("legiorrug/recording/Script", "log", "()Ljava/lang/String;"));
-    actual["calls"] = json::array();
-    for (std::size_t start = 0; start < log.size();) {
-      std::size_t end = log.find('\n', start);
-      actual["calls"].push_back(
-          log.substr(start, end == std::string::npos ? std::string::npos : end - start));
-      start = end == std::string::npos ? log.size() : end + 1;
-    }
+    actual["calls"] = split(log, '\n');
   }
   json expected = row;
   if (!expected.contains("out")) {
@@ -321,7 +339,7 @@ TEST_P(Scenario, Row) {
     if (printed["out"] == row["op"]) {
       printed.erase("out");
     }
-    if (printed.value("result", "-") == "") {
+    if (printed.value("result", "-").empty()) {
       printed.erase("result");
     }
     std::cout << "ROW " << printed.dump() << "\n";
@@ -346,10 +364,6 @@ INSTANTIATE_TEST_SUITE_P(Table, Scenario, ::testing::ValuesIn(loadRows()),
                            }
                            return name + "_" + std::to_string(info.index);
                          });
-
-void script(const char* text) {
-  TestJvm::callStatic("legiorrug/recording/Script", "set", "(Ljava/lang/String;)V", TestJvm::string(text));
-}
 
 // Outside stub containers the factory builds the Java-backed adapter; when
 // its constructor raised, the instance is null and the next call builds afresh.
