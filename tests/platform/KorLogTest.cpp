@@ -31,7 +31,7 @@ std::vector<std::string> lines(const KorLogCapture& capture) {
 
 TEST_F(KorLogTest, ItemsCarryKindFunctionSourceTokenAndInserts) {
   const KorNamedLogSource named(L"KorISRAdapterImpl");
-  const KorLogToken first = KorLog::entry("A::f", {"name", 5});
+  const KorLogToken first = KorLog::entry(named, "A::f", {"name", 5});
   const KorLogToken second = KorLog::debugEntry("A::g");
   EXPECT_NE(first, 0U);
   EXPECT_NE(first, second);
@@ -41,7 +41,7 @@ TEST_F(KorLogTest, ItemsCarryKindFunctionSourceTokenAndInserts) {
   KorLog::exit(named, "A::f", first, {true});
   const std::string f = std::to_string(first);
   EXPECT_EQ(lines(*capture), (std::vector<std::string>{
-                                 "entry A::f [KorDefaultLogSource] #" + f + " \"name\" \"5\"",
+                                 "entry A::f [KorISRAdapterImpl] #" + f + " \"name\" \"5\"",
                                  "debugEntry A::g [KorDefaultLogSource] #" + std::to_string(second),
                                  "exit A::f [KorISRAdapterImpl] #" + f + " \"true\"",
                              }));
@@ -74,9 +74,9 @@ TEST(KorLogLineTest, OneLinePerRecordWithQuotedInserts) {
                             "KorISRAdapterImpl::getBTD",
                             KorWstring(u"Src"),
                             12,
-                            {KorWstring(u"say \"hi\"\n"), KorWstring(u"a\\b\t\x01"), KorWstring()}};
+                            {KorWstring(u"say \"hi\"\n"), KorWstring(u"a\\b\t\x01\x7f"), KorWstring()}};
   EXPECT_EQ(toString(record),
-            R"(debugTrace KorISRAdapterImpl::getBTD [Src] #12 "say \"hi\"\n" "a\\b\t\x01" "")");
+            R"(debugTrace KorISRAdapterImpl::getBTD [Src] #12 "say \"hi\"\n" "a\\b\t\x01\x7F" "")");
 }
 
 TEST(KorLogTextSinkTest, AppendsLinesToTheFile) {
