@@ -125,10 +125,9 @@ protected:
     TestJvm::failNthCall(n, GetParam());
     try {
       op.run(registry);
-    } catch (const KorRecoverableException&) {
-      run.ending = Ending::recoverable;
-    } catch (const KorFatalException&) {
-      run.ending = Ending::fatal;
+    } catch (const KorException& error) {
+      run.ending = error.isFatal() ? Ending::fatal : Ending::recoverable;
+      EXPECT_FALSE(error.inserts().empty()) << "an exception that says nothing: " << error.what();
     } catch (const std::exception& error) {
       ADD_FAILURE() << "not a native exception: " << error.what();
     }
