@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -128,6 +129,9 @@ protected:
     } catch (const KorException& error) {
       run.ending = error.isFatal() ? Ending::fatal : Ending::recoverable;
       EXPECT_FALSE(error.inserts().empty()) << "an exception that says nothing: " << error.what();
+      if (error.messageNumber() == korMessageNumber(4374)) {
+        unreadInserts_.insert(error.what());
+      }
     } catch (const std::exception& error) {
       ADD_FAILURE() << "not a native exception: " << error.what();
     }
@@ -146,6 +150,7 @@ protected:
   }
 
   std::unique_ptr<KorISRAdapterImpl> adapter_;
+  std::set<std::string> unreadInserts_; // DRX4374 texts seen
 };
 
 // Fails every failable JNI call of every operation in turn, the first, then
@@ -175,6 +180,9 @@ TEST_P(JniFaultSweep, EveryCallOfEveryOperationFails) {
     }
     std::printf("%s: %d failable JNI calls\n", op.name, n - 1);
   }
+  // Both reads of a known exception's inserts failed at some point, each under its own name.
+  EXPECT_EQ(unreadInserts_, (std::set<std::string>{"DRX4374: CallObjectMethod() failed",
+                                                   "DRX4374: GetObjectArrayElement() failed"}));
   std::printf("fault sweep with %s: %ld runs, %ld faults injected\n", GetParam(), runs,
               TestJvm::faultsInjected() - injectedBefore);
 }
