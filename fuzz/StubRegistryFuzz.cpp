@@ -12,6 +12,8 @@
 
 namespace {
 
+using Text = std::u16string;
+
 void require(bool condition) {
   if (!condition) {
     std::abort();
@@ -20,51 +22,15 @@ void require(bool condition) {
 
 // Few keys, so that operations meet each other's records; among them the
 // empty text, a space, a lone surrogate and the order's edge units.
-const std::u16string keys[] = {
-    u"",       u"a",      u"ab",   u"B",          u"a b",
-    u"\xD800", u"\xFFFF", u"\x7F", u"\U0001F600", u"BusinessTransactionDefinition"};
-const std::size_t keyCount = sizeof keys / sizeof keys[0];
+const Text keys[] = {u"",       u"a",      u"ab",   u"B",          u"a b",
+                     u"\xD800", u"\xFFFF", u"\x7F", u"\U0001F600", u"BusinessTransactionDefinition"};
 
 struct Record {
-  std::u16string text; // content or document
-  std::u16string uri;
+  Text text; // content or document
+  Text uri;
 };
 
-struct Model {
-  std::map<std::u16string, Record> btds;
-  std::map<std::u16string, std::map<std::u16string, Record>> policies;
-};
-
-const std::uint32_t btdMissing = 0xC0000840;
-const std::uint32_t noSuchOrPresent = 0xC0000841;
-
-class Input {
-public:
-  Input(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
-  bool more() const { return at_ < size_; }
-  std::uint8_t byte() { return at_ < size_ ? data_[at_++] : 0; }
-  const std::u16string& key() { return keys[byte() % keyCount]; }
-  // A text of up to 7 units drawn from the input.
-  std::u16string text() {
-    std::u16string result(byte() % 8, u'\0');
-    for (auto& unit : result) {
-      unit = static_cast<char16_t>(byte() << 8 | byte());
-    }
-    return result;
-  }
-
-private:
-  const std::uint8_t* data_;
-  std::size_t size_;
-  std::size_t at_ = 0;
-};
-
-KorWstring k(const std::u16string& units) {
-  return KorWstring(units);
-}
-
-// Runs op, which must raise a KorRecoverableException with number when
-// fails, and nothing otherwise.
+// Runs op, which must raise a KorRecoverableException with number when fails, and nothing otherwise.
 template <typename Op> void expect(bool fails, std::uint32_t number, Op&& op) {
   try {
     op();
@@ -74,138 +40,118 @@ template <typename Op> void expect(bool fails, std::uint32_t number, Op&& op) {
   }
 }
 
-std::u16string joined(const std::u16string& start, const std::vector<std::u16string>& names) {
-  std::u16string result = start;
-  for (const auto& name : names) {
-    result += (result.empty() ? u"" : u" ") + name;
+// The names of a store in order, joined onto start by single spaces.
+template <typename Store> Text names(const Store& store, Text start, std::vector<KorWstring> listed) {
+  auto entry = store.begin();
+  for (const KorWstring& name : listed) {
+    require(entry != store.end() && name.view() == entry->first);
+    start += (start.empty() ? u"" : u" ") + (entry++)->first;
   }
-  return result;
-}
-
-std::vector<std::u16string> views(const std::vector<KorWstring>& texts) {
-  std::vector<std::u16string> result;
-  for (const auto& text : texts) {
-    result.emplace_back(text.view());
-  }
-  return result;
+  require(entry == store.end());
+  return start;
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   KorISRAdapterStub stub;
-  Model model;
-  Input in(data, size);
-  while (in.more()) {
-    const std::uint8_t code = in.byte();
-    const std::u16string name = in.key();
-    const std::u16string type = in.key();
-    const std::u16string text = in.text();
-    const std::u16string proposed = code & 0x80 ? in.text() : std::u16string();
-    const std::u16string before = u"before";
+  std::map<Text, Record> btds;
+  std::map<Text, std::map<Text, Record>> policies;
+  std::size_t at = 0;
+  auto byte = [&] { return at < size ? data[at++] : std::uint8_t{0}; };
+  auto text = [&] {
+    Text result(byte() % 8, u'\0');
+    for (auto& unit : result) {
+      unit = static_cast<char16_t>(byte() << 8 | byte());
+    }
+    return result;
+  };
+  while (at < size) {
+    const std::uint8_t code = byte();
+    const Text name = keys[byte() % 10];
+    const Text type = keys[byte() % 10];
+    const Text content = text();
+    const Text proposed = code & 0x80 ? text() : Text();
     KorWstring uri(proposed);
-    KorWstring out(before);
-    const bool btd = model.btds.count(name) != 0;
-    const auto ofType = model.policies.find(type);
-    const bool policy = ofType != model.policies.end() && ofType->second.count(name) != 0;
+    KorWstring out(u"before");
+    const bool btd = btds.count(name) != 0;
+    auto& ofType = policies[type];
+    const bool policy = ofType.count(name) != 0;
     switch (code % 14) {
-    case 0: {
-      // An upsert: a new BTD keeps a proposed URI, an existing one its own.
-      stub.createBTD(k(name), k(text), uri);
-      Record& stored = model.btds[name];
+    case 0: // An upsert: a new BTD keeps a proposed URI, an existing one its own.
+      stub.createBTD(KorWstring(name), KorWstring(content), uri);
       if (!btd) {
-        stored.uri = proposed.empty() ? u"/apiv1/business/businesstransactions/" + name : proposed;
+        btds[name].uri = proposed.empty() ? u"/apiv1/business/businesstransactions/" + name : proposed;
       }
-      stored.text = text;
-      require(uri.view() == stored.uri);
+      btds[name].text = content;
+      require(uri.view() == btds[name].uri);
+      break;
+    case 1:
+    case 8: {
+      const bool found = code % 14 == 1 ? btd : policy;
+      expect(!found, 0xC0000841, [&] {
+        code % 14 == 1 ? stub.updateBTD(KorWstring(name), KorWstring(content), uri)
+                       : stub.updatePolicy(KorWstring(type), KorWstring(name), KorWstring(content), uri);
+      });
+      Record* changed = code % 14 == 1 ? (btd ? &btds[name] : nullptr) : (policy ? &ofType[name] : nullptr);
+      if (changed != nullptr) {
+        changed->text = content;
+      }
+      require(uri.view() == (changed != nullptr ? changed->uri : proposed));
       break;
     }
-    case 1:
-      expect(!btd, noSuchOrPresent, [&] { stub.updateBTD(k(name), k(text), uri); });
-      if (btd) {
-        model.btds[name].text = text;
-        require(uri.view() == model.btds[name].uri);
-      } else {
-        require(uri.view() == proposed);
-      }
-      break;
     case 2:
-      expect(!btd, btdMissing, [&] { stub.getBTD(k(name), out, uri); });
-      require(out.view() == (btd ? model.btds[name].text : before));
-      require(uri.view() == (btd ? model.btds[name].uri : proposed));
+      expect(!btd, 0xC0000840, [&] { stub.getBTD(KorWstring(name), out, uri); });
+      require(out.view() == (btd ? btds[name].text : u"before") &&
+              uri.view() == (btd ? btds[name].uri : proposed));
       break;
     case 3:
-      expect(!btd, btdMissing, [&] { stub.deleteBTD(k(name)); });
-      model.btds.erase(name);
+      expect(!btd, 0xC0000840, [&] { stub.deleteBTD(KorWstring(name)); });
+      btds.erase(name);
       break;
     case 4:
-      require(stub.btdExists(k(name)) == btd);
+      require(stub.btdExists(KorWstring(name)) == btd &&
+              stub.policyExists(KorWstring(type), KorWstring(name)) == policy);
       break;
     case 5: {
-      std::vector<KorWstring> uris{k(before)};
+      std::vector<KorWstring> uris{out};
       stub.listBTDs(uris);
-      std::vector<std::u16string> expected{before};
-      for (const auto& entry : model.btds) {
-        expected.push_back(entry.second.uri);
+      require(uris.size() == btds.size() + 1);
+      std::size_t i = 1;
+      for (const auto& entry : btds) {
+        require(uris[i++].view() == entry.second.uri);
       }
-      require(views(uris) == expected);
       break;
     }
-    case 6: {
-      std::vector<std::u16string> expected;
-      for (const auto& entry : model.btds) {
-        expected.push_back(entry.first);
-      }
-      require(views(stub.getBTDNames(out)) == expected);
-      require(out.view() == joined(u"", expected));
+    case 6:
+      require(names(btds, u"", stub.getBTDNames(out)) == out.view());
       break;
-    }
     case 7:
-      expect(policy, noSuchOrPresent, [&] { stub.createPolicy(k(type), k(name), k(text), uri); });
+      expect(policy, 0xC0000841,
+             [&] { stub.createPolicy(KorWstring(type), KorWstring(name), KorWstring(content), uri); });
       if (!policy) {
-        const std::u16string stored = proposed.empty() ? u"/apiv1/policy/" + type + u"/" + name : proposed;
-        model.policies[type][name] = Record{text, stored};
-        require(uri.view() == stored);
+        ofType[name] = Record{content, proposed.empty() ? u"/apiv1/policy/" + type + u"/" + name : proposed};
       }
-      break;
-    case 8:
-      expect(!policy, noSuchOrPresent, [&] { stub.updatePolicy(k(type), k(name), k(text), uri); });
-      if (policy) {
-        model.policies[type][name].text = text;
-        require(uri.view() == model.policies[type][name].uri);
-      }
+      require(uri.view() == (policy ? proposed : ofType[name].uri));
       break;
     case 9:
-      expect(!policy, noSuchOrPresent, [&] { stub.getPolicy(k(type), k(name), out, uri); });
-      require(out.view() == (policy ? model.policies[type][name].text : before));
-      require(uri.view() == (policy ? model.policies[type][name].uri : proposed));
+      expect(!policy, 0xC0000841, [&] { stub.getPolicy(KorWstring(type), KorWstring(name), out, uri); });
+      require(out.view() == (policy ? ofType[name].text : u"before") &&
+              uri.view() == (policy ? ofType[name].uri : proposed));
       break;
     case 10:
-      expect(!policy, noSuchOrPresent, [&] { stub.deletePolicy(k(type), k(name)); });
-      if (policy) {
-        ofType->second.erase(name);
-      }
+      expect(!policy, 0xC0000841, [&] { stub.deletePolicy(KorWstring(type), KorWstring(name)); });
+      ofType.erase(name);
       break;
-    case 11:
-      require(stub.policyExists(k(type), k(name)) == policy);
-      break;
-    case 12: {
-      // Appends to the names it is given, unlike getBTDNames.
-      std::vector<std::u16string> expected;
-      if (ofType != model.policies.end()) {
-        for (const auto& entry : ofType->second) {
-          expected.push_back(entry.first);
-        }
-      }
-      KorWstring names(proposed);
-      require(views(stub.getPolicyNames(k(type), names)) == expected);
-      require(names.view() == joined(proposed, expected));
+    case 12: { // Appends to the names it is given, unlike getBTDNames.
+      KorWstring joined(proposed);
+      require(names(ofType, proposed, stub.getPolicyNames(KorWstring(type), joined)) == joined.view());
       break;
     }
     default:
       stub.reset();
-      model = Model();
-      break;
+      btds.clear();
+      policies.clear();
     }
   }
   return 0;

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -25,8 +26,8 @@ void seed(KorISRAdapter& adapter) {
   TestJvm::clearReferenceRegistry();
   KorWstring uri;
   for (const char* name : {"Orders", "Invoices"}) {
-    adapter.createBTD(text(name), text("<btd/>"), uri = KorWstring());
-    adapter.createPolicy(text("Security"), text(name), text("<policy/>"), uri = KorWstring());
+    adapter.createBTD(text(name), text("<btd/>"), uri);
+    adapter.createPolicy(text("Security"), text(name), text("<policy/>"), uri);
     adapter.createService(text(name), text("urn:ns"), text("<service/>"));
   }
 }
@@ -46,74 +47,30 @@ struct Operation {
 const KorWstring orders = text("Orders");
 const KorWstring security = text("Security");
 
+// Out-parameters of the operations below.
+KorWstring uri, content, names;
+std::vector<KorWstring> uris;
+KorISRService service;
+
 const std::vector<Operation> operations = {
-    {"createBTD",
-     [](Registry& r) {
-       KorWstring uri;
-       r.adapter.createBTD(text("New"), text("<n/>"), uri);
-     },
-     false},
-    {"updateBTD",
-     [](Registry& r) {
-       KorWstring uri;
-       r.adapter.updateBTD(orders, text("<n/>"), uri);
-     },
-     false},
-    {"getBTD",
-     [](Registry& r) {
-       KorWstring content, uri;
-       r.adapter.getBTD(orders, content, uri);
-     },
-     false},
+    {"createBTD", [](Registry& r) { r.adapter.createBTD(text("New"), text("<n/>"), uri); }, false},
+    {"updateBTD", [](Registry& r) { r.adapter.updateBTD(orders, text("<n/>"), uri); }, false},
+    {"getBTD", [](Registry& r) { r.adapter.getBTD(orders, content, uri); }, false},
     {"deleteBTD", [](Registry& r) { r.adapter.deleteBTD(orders); }, false},
     {"btdExists", [](Registry& r) { r.adapter.btdExists(orders); }, false},
-    {"listBTDs",
-     [](Registry& r) {
-       std::vector<KorWstring> uris;
-       r.adapter.listBTDs(uris);
-     },
+    {"listBTDs", [](Registry& r) { r.adapter.listBTDs(uris); }, false},
+    {"getBTDNames", [](Registry& r) { r.adapter.getBTDNames(names); }, false},
+    {"createPolicy", [](Registry& r) { r.adapter.createPolicy(security, text("New"), text("<n/>"), uri); },
      false},
-    {"getBTDNames",
-     [](Registry& r) {
-       KorWstring names;
-       r.adapter.getBTDNames(names);
-     },
-     false},
-    {"createPolicy",
-     [](Registry& r) {
-       KorWstring uri;
-       r.adapter.createPolicy(security, text("New"), text("<n/>"), uri);
-     },
-     false},
-    {"updatePolicy",
-     [](Registry& r) {
-       KorWstring uri;
-       r.adapter.updatePolicy(security, orders, text("<n/>"), uri);
-     },
-     false},
-    {"getPolicy",
-     [](Registry& r) {
-       KorWstring document, uri;
-       r.adapter.getPolicy(security, orders, document, uri);
-     },
-     false},
+    {"updatePolicy", [](Registry& r) { r.adapter.updatePolicy(security, orders, text("<n/>"), uri); }, false},
+    {"getPolicy", [](Registry& r) { r.adapter.getPolicy(security, orders, content, uri); }, false},
     {"deletePolicy", [](Registry& r) { r.adapter.deletePolicy(security, orders); }, false},
     {"policyExists", [](Registry& r) { r.adapter.policyExists(security, orders); }, false},
-    {"getPolicyNames",
-     [](Registry& r) {
-       KorWstring names;
-       r.adapter.getPolicyNames(security, names);
-     },
-     false},
+    {"getPolicyNames", [](Registry& r) { r.adapter.getPolicyNames(security, names); }, false},
     {"createService", [](Registry& r) { r.adapter.createService(text("New"), text("urn:ns"), text("<n/>")); },
      false},
     {"serviceExists", [](Registry& r) { r.adapter.serviceExists(orders, text("urn:ns")); }, false},
-    {"getService",
-     [](Registry& r) {
-       KorISRService service;
-       r.adapter.getService(orders, service);
-     },
-     false},
+    {"getService", [](Registry& r) { r.adapter.getService(orders, service); }, false},
     {"deleteService", [](Registry& r) { r.adapter.deleteService(orders); }, false},
     {"getServices", [](Registry& r) { r.adapter.getServices(); }, false},
     {"setRepositoryDetails",
@@ -128,18 +85,9 @@ const std::vector<Operation> operations = {
      false},
     {"~KorISRAdapterImpl", [](Registry& r) { r.spare.reset(); }, false},
     // The translation of a known Java exception, with its text and inserts.
-    {"getBTD of a missing BTD",
-     [](Registry& r) {
-       KorWstring content, uri;
-       r.adapter.getBTD(text("Missing"), content, uri);
-     },
-     true},
+    {"getBTD of a missing BTD", [](Registry& r) { r.adapter.getBTD(text("Missing"), content, uri); }, true},
     {"createPolicy of a present policy",
-     [](Registry& r) {
-       KorWstring uri;
-       r.adapter.createPolicy(security, orders, text("<p/>"), uri);
-     },
-     true},
+     [](Registry& r) { r.adapter.createPolicy(security, orders, text("<p/>"), uri); }, true},
 };
 
 enum class Ending { returned, recoverable, fatal };
@@ -204,6 +152,10 @@ protected:
     } catch (const KorException& error) {
       run.ending = error.isFatal() ? Ending::fatal : Ending::recoverable;
       run.raised = raised(error, trace->records());
+      EXPECT_FALSE(error.inserts().empty()) << "an exception that says nothing: " << error.what();
+      if (error.messageNumber() == korMessageNumber(4374)) {
+        unreadInserts_.insert(error.what());
+      }
     } catch (const std::exception& error) {
       ADD_FAILURE() << "not a native exception: " << error.what();
     }
@@ -224,6 +176,7 @@ protected:
   }
 
   std::unique_ptr<KorISRAdapterImpl> adapter_;
+  std::set<std::string> unreadInserts_; // DRX4374 texts seen
 };
 
 // Fails every failable JNI call of every operation in turn, the first, then
@@ -261,6 +214,9 @@ TEST_P(JniFaultSweep, EveryCallOfEveryOperationFails) {
     }
     std::printf("%s: %d failable JNI calls\n", op.name, n - 1);
   }
+  // Both reads of a known exception's inserts failed at some point, each under its own name.
+  EXPECT_EQ(unreadInserts_, (std::set<std::string>{"DRX4374: CallObjectMethod() failed",
+                                                   "DRX4374: GetObjectArrayElement() failed"}));
   std::printf("fault sweep with %s: %ld runs, %ld faults injected\n", GetParam(), runs,
               TestJvm::faultsInjected() - injectedBefore);
 }

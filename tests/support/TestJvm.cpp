@@ -270,21 +270,6 @@ jobject TestJvm::callStatic(const char* className, const char* method, const cha
   return result;
 }
 
-jobject TestJvm::callObject(jobject target, const char* method, const char* signature) {
-  JNIEnv* jni = env();
-  jclass cls = jni->GetObjectClass(target);
-  jmethodID id = jni->GetMethodID(cls, method, signature);
-  EXPECT_NE(id, nullptr) << method << signature;
-  jobject result = id != nullptr ? jni->CallObjectMethod(target, id) : nullptr;
-  if (jni->ExceptionCheck()) {
-    jni->ExceptionDescribe();
-    jni->ExceptionClear();
-    ADD_FAILURE() << "Java exception from " << method;
-  }
-  jni->DeleteLocalRef(cls);
-  return result;
-}
-
 std::string TestJvm::utf8(jobject string) {
   JNIEnv* jni = env();
   const char* chars = jni->GetStringUTFChars(static_cast<jstring>(string), nullptr);

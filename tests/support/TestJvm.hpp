@@ -40,8 +40,6 @@ public:
   // A static Java call for test setup; the class is found by the system
   // class loader. Any Java exception fails the test.
   static jobject callStatic(const char* className, const char* method, const char* signature, ...);
-  // An instance call returning an object; any Java exception fails the test.
-  static jobject callObject(jobject target, const char* method, const char* signature);
   static jstring string(const std::string& utf8);
 
   // Empties the reference Java registry, for a test that starts from nothing.

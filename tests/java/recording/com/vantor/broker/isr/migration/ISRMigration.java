@@ -1,20 +1,19 @@
 package com.vantor.broker.isr.migration;
 
 import com.vantor.broker.plugin.LxRecoverableException;
-import legiorrug.faults.Faults;
+import legiorrug.recording.Script;
 
-/** Migration of the fault registry: a singleton whose migration succeeds unless armed. */
+/** Migration of the recording registry. */
 public final class ISRMigration {
     private static final ISRMigration INSTANCE = new ISRMigration();
 
     private ISRMigration() {}
 
     public static ISRMigration getInstance() throws LxRecoverableException {
-        return Faults.returning("ISRMigration.getInstance", INSTANCE);
+        return (ISRMigration) Script.answer("ISRMigration.getInstance", INSTANCE, null);
     }
 
     public boolean migrateISR() throws LxRecoverableException {
-        Faults.enter("ISRMigration.migrateISR");
-        return Faults.result("ISRMigration.migrateISR", true);
+        return (Boolean) Script.answer("ISRMigration.migrateISR", true, null);
     }
 }
