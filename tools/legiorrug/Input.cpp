@@ -10,6 +10,9 @@
 #include <cstring>
 
 #include <editline/readline.h>
+#include <poll.h>
+#include <pthread.h>
+#include <unistd.h>
 
 namespace {
 
@@ -53,6 +56,26 @@ void onInterrupt(int) {
   interrupted = 1;
 }
 
+// Reads one key for the line editor. SIGINT is blocked except inside ppoll, so
+// a Ctrl-C at any moment of the read ends it instead of being retried away.
+int readKey(std::FILE* stream) {
+  sigset_t interrupt;
+  sigset_t previous;
+  sigemptyset(&interrupt);
+  sigaddset(&interrupt, SIGINT);
+  pthread_sigmask(SIG_BLOCK, &interrupt, &previous);
+  pollfd input{fileno(stream), POLLIN, 0};
+  int ready = 0;
+  while (interrupted == 0 && (ready = ppoll(&input, 1, nullptr, &previous)) < 0 && errno == EINTR) {
+  }
+  pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+  unsigned char key = 0;
+  if (interrupted != 0 || ready < 0 || read(input.fd, &key, 1) != 1) {
+    return EOF;
+  }
+  return key;
+}
+
 char* nextCommandName(const char* prefix, int state) {
   static std::size_t index = 0;
   index = state == 0 ? 0 : index;
@@ -76,6 +99,8 @@ class TerminalInput : public Input {
 public:
   explicit TerminalInput(const TerminalOptions& options) : options_(options) {
     rl_outstream = options_.prompts;
+    rl_catch_signals = 0;
+    rl_getc_function = readKey;
     rl_attempted_completion_function = complete;
     if (!options_.historyFile.empty()) {
       stifle_history(1000);
