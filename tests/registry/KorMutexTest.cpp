@@ -6,6 +6,7 @@
 #include <chrono>
 #include <future>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -21,24 +22,16 @@ int lockElsewhere(KorMutex& mutex, int timeoutMs) {
       .get();
 }
 
-// Holds the mutex on a thread of its own until released.
-std::future<void> holdElsewhere(KorMutex& mutex, const std::shared_future<void>& release) {
-  std::promise<void> locked;
-  auto held = locked.get_future();
-  auto holder = std::async(std::launch::async, [&mutex, release, locked = std::move(locked)]() mutable {
-    mutex.lock(-1);
-    locked.set_value();
-    release.wait();
-    mutex.unlock();
-  });
-  held.wait();
-  return holder;
-}
-
-TEST(KorMutexTest, OwnerRelocksAndMustUnlockAsOften) {
+// The owner relocks and must unlock as often; an unlock by another thread
+// fails, is logged and changes nothing.
+TEST(KorMutexTest, OnlyTheOwnerRelocksAndUnlocks) {
+  auto capture = std::make_shared<KorLogCapture>();
+  KorLog::setSink(capture);
   KorMutex mutex;
+  EXPECT_EQ(mutex.unlock(), 0);
   EXPECT_EQ(mutex.lock(-1), 1);
   ASSERT_EQ(mutex.lock(0), 1) << "the owner relocks at once";
+  EXPECT_EQ(std::async(std::launch::async, [&mutex] { return mutex.unlock(); }).get(), 0);
   EXPECT_EQ(mutex.unlock(), 1);
   EXPECT_EQ(lockElsewhere(mutex, 0), 0);
   EXPECT_EQ(mutex.unlock(), 1);
@@ -48,12 +41,26 @@ TEST(KorMutexTest, OwnerRelocksAndMustUnlockAsOften) {
     EXPECT_EQ(lockElsewhere(mutex, 0), 0);
   }
   EXPECT_EQ(lockElsewhere(mutex, 0), 1);
+  KorLog::setSink(nullptr);
+  ASSERT_EQ(capture->records().size(), 2U);
+  for (const KorLogRecord& record : capture->records()) {
+    EXPECT_EQ(record.kind, KorLogKind::systemError);
+    EXPECT_NE(toString(record).find("\"include/KorMutex\""), std::string::npos) << toString(record);
+    EXPECT_NE(toString(record).find("\"Relayed by KorMutex::unlock\""), std::string::npos);
+  }
 }
 
 TEST(KorMutexTest, TimedLockGivesUpAfterItsLimitOrGetsTheReleasedMutex) {
   KorMutex mutex;
-  std::promise<void> release;
-  auto holder = holdElsewhere(mutex, release.get_future().share());
+  std::promise<void> locked, release;
+  auto released = release.get_future();
+  auto holder = std::async(std::launch::async, [&] {
+    mutex.lock(-1);
+    locked.set_value();
+    released.wait();
+    mutex.unlock();
+  });
+  locked.get_future().wait();
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(mutex.lock(400), 0);
   // The deadline is wall-clock time; allow for the two clocks' granularity.
@@ -66,22 +73,40 @@ TEST(KorMutexTest, TimedLockGivesUpAfterItsLimitOrGetsTheReleasedMutex) {
   EXPECT_EQ(waiter.get(), 1);
 }
 
-TEST(KorMutexTest, UnlockByANonOwnerFailsLoggedAndChangesNothing) {
-  auto capture = std::make_shared<KorLogCapture>();
-  KorLog::setSink(capture);
+// Threads take the mutex, a third of the time with a short limit, each time
+// to a recursive depth of its own; the holder must be alone inside.
+TEST(KorMutexStress, RecursiveHoldsTimedWaitsAndManyWaiters) {
   KorMutex mutex;
-  EXPECT_EQ(mutex.unlock(), 0);
-  EXPECT_EQ(mutex.lock(-1), 1);
-  EXPECT_EQ(std::async(std::launch::async, [&mutex] { return mutex.unlock(); }).get(), 0);
-  EXPECT_EQ(lockElsewhere(mutex, 0), 0);
-  EXPECT_EQ(mutex.unlock(), 1);
-  KorLog::setSink(nullptr);
-  ASSERT_EQ(capture->records().size(), 2U);
-  for (const KorLogRecord& record : capture->records()) {
-    EXPECT_EQ(record.kind, KorLogKind::systemError);
-    EXPECT_NE(toString(record).find("\"include/KorMutex\""), std::string::npos) << toString(record);
-    EXPECT_NE(toString(record).find("\"Relayed by KorMutex::unlock\""), std::string::npos);
+  int inside = 0; // guarded by mutex
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 12; ++t) {
+    threads.emplace_back([&, t] {
+      for (int round = 0; round < 2000; ++round) {
+        const int timeoutMs = (t + round) % 3 == 0 ? 1 : -1, depth = 1 + (t + round) % 4;
+        const int result = mutex.lock(timeoutMs);
+        ASSERT_TRUE(result == 1 || (result == 0 && timeoutMs != -1))
+            << "only a timed lock gives up: " << result;
+        if (result == 0) {
+          continue;
+        }
+        ASSERT_EQ(++inside, 1) << "two holders at once";
+        for (int level = 1; level < depth; ++level) {
+          ASSERT_EQ(mutex.lock(timeoutMs), 1) << "the owner relocks at once";
+        }
+        if (round % 64 == 0) {
+          std::this_thread::sleep_for(milliseconds(2)); // so that the timed waiters meanwhile give up
+        }
+        --inside;
+        for (int level = 0; level < depth; ++level) {
+          ASSERT_EQ(mutex.unlock(), 1);
+        }
+      }
+    });
   }
+  for (auto& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(lockElsewhere(mutex, 0), 1) << "free again at the end";
 }
 
 } // namespace
