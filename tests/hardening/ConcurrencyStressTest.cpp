@@ -24,9 +24,9 @@ const int threadCount = 8;
 // Runs body(t) on threadCount threads released together.
 void onThreads(const std::function<void(int)>& body) {
   std::atomic<int> waiting{threadCount};
-  std::vector<std::thread> threads;
+  std::vector<std::thread> threads(threadCount);
   for (int t = 0; t < threadCount; ++t) {
-    threads.emplace_back([&, t] {
+    threads[t] = std::thread([&, t] {
       for (--waiting; waiting.load() > 0;) {
         std::this_thread::yield();
       }

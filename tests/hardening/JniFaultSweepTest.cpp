@@ -137,10 +137,10 @@ TEST_P(JniFaultSweep, EveryCallOfEveryOperationFails) {
       EXPECT_TRUE(destructor || !run.empty()) << "a failed JNI call was not reported";
       // A failed frame push (the first call) is the failing function's own DRX3702.
       if ((n == 1 && !destructor) || run.find("PushLocalFrame") != std::string::npos) {
-        const std::string pushed = " DRX3702 4 PushLocalFrame entered traced";
-        EXPECT_THAT(run.substr(run.find(' ') + 1),
-                    ::testing::AnyOf("KorISRAdapterImpl::" + function + pushed,
-                                     "KorISRAdapterJniManager::processKnownException" + pushed));
+        EXPECT_THAT(run, ::testing::EndsWith(" DRX3702 4 PushLocalFrame entered traced"));
+        EXPECT_THAT(
+            run, ::testing::AnyOf(::testing::HasSubstr(" KorISRAdapterImpl::" + function + " "),
+                                  ::testing::HasSubstr(" KorISRAdapterJniManager::processKnownException ")));
       }
       if (HasFailure()) {
         return adapter.reset();

@@ -66,9 +66,9 @@ TEST(KorMutexTest, TimedLockGivesUpAfterItsLimitOrGetsTheReleasedMutex) {
 TEST(KorMutexStress, RecursiveHoldsTimedWaitsAndManyWaiters) {
   KorMutex mutex;
   int inside = 0; // guarded by mutex
-  std::vector<std::thread> threads;
+  std::vector<std::thread> threads(12);
   for (int t = 0; t < 12; ++t) {
-    threads.emplace_back([&, t] {
+    threads[t] = std::thread([&, t] {
       for (int round = 0; round < 2000; ++round) {
         const int timeoutMs = (t + round) % 3 == 0 ? 1 : -1, depth = 1 + (t + round) % 4;
         const int result = mutex.lock(timeoutMs);
