@@ -1,126 +1,102 @@
 #include "KorISRAdapterImpl.hpp"
+#include "KorISRAdapterJniManager.hpp"
 #include "TestJvm.hpp"
 
 #include <KorException.hpp>
+#include <KorJniRef.hpp>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <cstdio>
-#include <map>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <set>
 #include <thread>
+#include <vector>
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
 const int threadCount = 8;
-const std::string btdUri = "/apiv1/business/businesstransactions/";
 
-KorWstring text(const std::string& utf8) {
-  return KorWstring::fromUtf8(utf8);
-}
-
-// One thread's mixed operations on names of its own, whose answers its
-// model of them foretells; returns how many it made.
-long stress(KorISRAdapter& adapter, int thread, Clock::time_point deadline) {
-  const std::string prefix = "t" + std::to_string(thread) + "-";
-  const KorWstring type = text("Type" + prefix);
-  std::map<std::string, std::string> btds;
-  std::map<std::string, std::string> policies;
-  const int frames = TestJvm::localFrameDepth();
-  long operations = 0;
-  for (unsigned random = 2463534242U + thread; Clock::now() < deadline && !testing::Test::HasFailure();) {
-    random ^= random << 13;
-    random ^= random >> 17;
-    random ^= random << 5;
-    const std::string name = prefix + std::to_string(random % 4);
-    const KorWstring key = text(name);
-    const std::string content = "<c r='" + std::to_string(operations) + "'/>";
-    const bool stored = btds.count(name) != 0;
-    KorWstring uri, got, names;
-    try {
-      switch (random / 4 % 6) {
-      case 0:
-        adapter.createBTD(key, text(content), uri);
-        EXPECT_EQ(uri.toUtf8(), btdUri + name);
-        EXPECT_FALSE(stored);
-        btds[name] = content;
-        break;
-      case 1:
-        adapter.getBTD(key, got, uri);
-        EXPECT_EQ(got.toUtf8(), btds[name]);
-        break;
-      case 2:
-        adapter.deleteBTD(key);
-        EXPECT_TRUE(stored);
-        btds.erase(name);
-        break;
-      case 3:
-        EXPECT_EQ(adapter.btdExists(key), stored);
-        break;
-      case 4: {
-        const bool present = policies.count(name) != 0;
-        EXPECT_EQ(adapter.policyExists(type, key), present);
-        if (present) {
-          adapter.deletePolicy(type, key);
-          policies.erase(name);
-        } else {
-          adapter.createPolicy(type, key, text(content), uri);
-          policies[name] = content;
-        }
-        EXPECT_EQ(adapter.getPolicyNames(type, names).size(), policies.size());
-        break;
+// Runs body(t) on threadCount threads released together.
+void onThreads(const std::function<void(int)>& body) {
+  std::atomic<int> waiting{threadCount};
+  std::vector<std::thread> threads(threadCount);
+  for (int t = 0; t < threadCount; ++t) {
+    threads[t] = std::thread([&, t] {
+      for (--waiting; waiting.load() > 0;) {
+        std::this_thread::yield();
       }
-      default: {
-        std::string own;
-        for (const auto& listed : adapter.getBTDNames(names)) {
-          own += listed.toUtf8().rfind(prefix, 0) == 0 ? listed.toUtf8() + " " : "";
-        }
-        std::string expected;
-        for (const auto& entry : btds) {
-          expected += entry.first + " ";
-        }
-        EXPECT_EQ(own, expected);
-      }
-      }
-    } catch (const KorRecoverableException& error) {
-      // The reference registry's own numbers for a missing or present BTD.
-      EXPECT_EQ(error.messageNumber(), stored ? 5102U : 5101U) << error.what();
-    }
-    ++operations;
+      body(t);
+    });
   }
-  EXPECT_EQ(TestJvm::localFrameDepth(), frames);
-  return operations;
+  for (auto& thread : threads) {
+    thread.join();
+  }
 }
 
-class ConcurrencyStress : public JvmTest {};
-
-// Threads on one adapter each see their own data; no global reference is left behind.
+// Threads on one adapter see their own data; no global reference is left behind.
+using ConcurrencyStress = JvmTest;
 TEST_F(ConcurrencyStress, ThreadsOnOneJavaBackedAdapterEachSeeTheirOwnData) {
-  KorISRAdapterImpl adapter(text("stress"));
+  KorISRAdapterImpl adapter(KorWstring::fromUtf8("stress"));
   const long globals = TestJvm::liveGlobalReferences();
-  {
-    std::atomic<long> operations{0};
-    const auto deadline = Clock::now() + std::chrono::seconds(3);
-    std::vector<std::thread> threads;
-    threads.reserve(threadCount);
-    for (int t = 0; t < threadCount; ++t) {
-      threads.emplace_back([&, t] {
-        try {
-          operations += stress(adapter, t, deadline);
-        } catch (const KorException& error) {
-          ADD_FAILURE() << "thread " << t << ": " << error.what();
-        }
-      });
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(3);
+  onThreads([&](int t) {
+    const int frames = TestJvm::localFrameDepth();
+    for (int round = 0; std::chrono::steady_clock::now() < deadline && !testing::Test::HasFailure();
+         ++round) {
+      const std::string name = "t" + std::to_string(t) + "-" + std::to_string(round % 4);
+      const KorWstring key = KorWstring::fromUtf8(name),
+                       content = KorWstring::fromUtf8("<c r='" + std::to_string(round) + "'/>");
+      KorWstring uri, got, names;
+      try {
+        adapter.createBTD(key, content, uri);
+        EXPECT_EQ(uri.toUtf8(), "/apiv1/business/businesstransactions/" + name);
+        adapter.getBTD(key, got, uri);
+        EXPECT_EQ(got, content);
+        std::vector<KorWstring> listed = adapter.getBTDNames(names);
+        EXPECT_EQ(std::count(listed.begin(), listed.end(), key), 1);
+        adapter.deleteBTD(key);
+        EXPECT_FALSE(adapter.btdExists(key));
+        adapter.getBTD(key, got, uri);
+        ADD_FAILURE() << "a deleted BTD was found";
+      } catch (const KorException& error) {
+        // The reference registry's own number for a missing BTD.
+        EXPECT_EQ(error.messageNumber(), 5101U) << "thread " << t << ": " << error.what();
+      }
     }
-    for (auto& thread : threads) {
-      thread.join();
-    }
-    EXPECT_GT(operations.load(), threadCount);
-    std::printf("stress: %d threads, %ld operations\n", threadCount, operations.load());
-  }
+    EXPECT_EQ(TestJvm::localFrameDepth(), frames);
+  });
   EXPECT_EQ(TestJvm::liveGlobalReferences(), globals);
+}
+
+// In fresh processes (this test again), threads that ask for the JNI manager at once get one, fully built.
+TEST(FirstUseRace, ManyFreshProcesses) {
+  if (std::getenv("LEGIORRUG_FIRST_USE_CHILD") != nullptr) {
+    TestJvm::env();
+    std::vector<KorISRAdapterJniManager*> seen(threadCount);
+    onThreads([&](int t) {
+      KorISRAdapterJniManager* manager = seen[t] = KorISRAdapterJniManager::instance();
+      // Rows the library reads without a lock after creation.
+      EXPECT_NE(manager->messageFlowProxy().stopMessageFlow, nullptr);
+      const auto& adapter = manager->isrAdapter();
+      EXPECT_NE(adapter.btdExists, nullptr);
+      JNIEnv* env = TestJvm::env();
+      EXPECT_NE(KorLocalRef<>(env, env->CallStaticObjectMethod(adapter.cls, adapter.getInstance)).get(),
+                nullptr);
+    });
+    EXPECT_EQ(std::set<KorISRAdapterJniManager*>(seen.begin(), seen.end()).size(), 1U);
+    return;
+  }
+  const std::string child = "LEGIORRUG_FIRST_USE_CHILD=1 " +
+                            std::filesystem::read_symlink("/proc/self/exe").string() +
+                            " --gtest_filter=FirstUseRace.*";
+  for (int run = 0; run < 25; ++run) {
+    ASSERT_EQ(std::system(child.c_str()), 0) << "run " << run;
+  }
 }
 
 } // namespace
