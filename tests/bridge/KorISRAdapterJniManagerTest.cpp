@@ -11,9 +11,8 @@
 #include <algorithm>
 #include <memory>
 
-// What an operation makes of a Java exception is checked by the scenario
-// rows; here, what they cannot reach: failed lookups, the fatal class and
-// the unpacking itself.
+// The scenario rows check what operations make of Java exceptions; here, what
+// they cannot reach: failed lookups, the fatal class, the unpacking itself.
 namespace {
 
 using Texts = std::vector<std::string>;

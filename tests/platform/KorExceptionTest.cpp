@@ -7,16 +7,10 @@
 
 namespace {
 
-KorRecoverableException recoverable(std::uint32_t number) {
-  return KorRecoverableException("src/registry/KorISRAdapterStub", 120, "KorISRAdapterStub::getBTD",
-                                 KorLog::iDefaultLogSource, number, 7);
-}
-
 TEST(KorExceptionTest, NestsACopyAndKeepsTheTextInsertsInOrder) {
-  KorFatalException cause("platform/src/KorJVM", 33, "KorJVM", KorLog::iDefaultLogSource,
-                          korMessageNumber(3702), 0);
+  KorFatalException cause("f", 1, "fn", KorLog::iDefaultLogSource, korMessageNumber(3702), 0);
   cause << "cause";
-  KorRecoverableException error = recoverable(korMessageNumber(2112));
+  KorRecoverableException error("f", 1, "fn", KorLog::iDefaultLogSource, korMessageNumber(2112), 7);
   error << cause << "first" << KorWstring(u"\u00E9") << "";
   cause << "later";
   EXPECT_STREQ(error.what(), "DRX2112: first");
@@ -34,16 +28,12 @@ TEST(KorExceptionTest, MessageIdAndWhat) {
     const char* what;
   };
   const Row rows[] = {
-      {0xC0000E77, {}, "DRX3703", "DRX3703"},
-      {0xC0000005, {"x"}, "DRX0005", "DRX0005: x"},
-      {0xC0002710, {"x"}, "DRX10000", "DRX10000: x"},
-      {3001, {"Java text", "a"}, "", "3001: Java text"},
-      {0x80000001, {}, "", "2147483649"},
-      {0x40000840, {"t"}, "", "1073743936: t"},
-      {0, {""}, "", "0: "},
+      {0xC0000005, {"x"}, "DRX0005", "DRX0005: x"},      {0xC0002710, {"x"}, "DRX10000", "DRX10000: x"},
+      {3001, {"Java text", "a"}, "", "3001: Java text"}, {0x80000001, {}, "", "2147483649"},
+      {0x40000840, {"t"}, "", "1073743936: t"},          {0, {""}, "", "0: "},
   };
   for (const Row& row : rows) {
-    KorRecoverableException error = recoverable(row.number);
+    KorRecoverableException error("f", 1, "fn", KorLog::iDefaultLogSource, row.number, 7);
     for (const char* insert : row.inserts) {
       error << insert;
     }

@@ -7,8 +7,6 @@ import java.net.URLClassLoader;
 
 /** Registry class loaders that lack something, for native lookup tests. */
 public final class Loaders {
-    private Loaders() {}
-
     /** A loader over the given class path alone, first entry first. */
     public static ClassLoader isolated(String classPath) throws MalformedURLException {
         String[] entries = classPath.split(File.pathSeparator);
