@@ -7,8 +7,8 @@ public class RenumberedException extends LxRecoverableException {
     private static final long serialVersionUID = 1L;
     private long number;
 
-    public RenumberedException(long number, String text) {
-        super(number, text);
+    public RenumberedException(long number, String text, Object... inserts) {
+        super(number, text, inserts);
         this.number = number;
     }
 
