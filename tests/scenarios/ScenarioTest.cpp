@@ -25,8 +25,8 @@
 // answers by call), "filter" (trace filter, default 4), and what comes out:
 // "result", "out" (op after the call; default unchanged), "error" (see
 // describe), "calls" (the Java calls with their arguments) and "trace" (the
-// records, see describe). A row with "sites" stands for its generated fault
-// cases (addFaultCases). LEGIORRUG_SCENARIO_PRINT=1 prints each row as run.
+// records, see describe). A Java row's "sites" makes its fault cases too
+// (addFaultCases). LEGIORRUG_SCENARIO_PRINT=1 prints each row as run.
 namespace {
 
 using nlohmann::json;
@@ -133,11 +133,11 @@ std::string describe(const KorLogRecord& record) {
 
 std::vector<json> rows;
 
-// The generated cases of a row with "sites": for each site [Java call, call
-// label, 1 when null is an error, out-parameters after the failure] the
-// base row "of" with the site answering each outcome. Each case expects the
+// The fault cases of a row: for each of its "sites" [Java call, call label,
+// 1 when null is an error, out-parameters after the failure] the row with the
+// site answering each outcome. Each case expects the
 // calls up to the failing one, and at filter 3 only the raise's own record.
-void addFaultCases(const json& row, const std::map<std::string, json>& bases) {
+void addFaultCases(const json& base) {
   // The answer, the error ({f} the function, {l} the call label) and the
   // "Throwing exception" record's number, none for a known exception.
   static const char* const outcomes[][3] = {
@@ -146,10 +146,9 @@ void addFaultCases(const json& row, const std::map<std::string, json>& bases) {
        "DRX3701"},
       {"fatal", "F 0xc0000e76 {f}: Fatal Error Making JNI Call: {l}|{l}|java.lang.Error|scripted", "DRX3702"},
       {"null", "R 0xc0000e77 {f}: Unexpected NULL returned from JNI Call in: {l}|{l}", "DRX3703"}};
-  const json& base = bases.at(row["of"]);
   const std::string op = base["op"][0];
   const std::string function = "KorISRAdapterImpl::" + (op == "construct" ? "KorISRAdapterImpl" : op);
-  for (const json& site : row["sites"]) {
+  for (const json& site : base["sites"]) {
     const std::string call = site[0];
     for (const auto& [answer, text, drx] : outcomes) {
       if (answer == std::string("null") && site[2] == 0) {
@@ -159,7 +158,8 @@ void addFaultCases(const json& row, const std::map<std::string, json>& bases) {
                                              std::regex("\\{l\\}"), site[1].get<std::string>());
       json c = base;
       c.erase("result");
-      c["case"] = row["case"].get<std::string>() + " " + call + " " + std::string(answer).substr(0, 5);
+      c.erase("sites");
+      c["case"] = base["case"].get<std::string>() + " " + call + " " + std::string(answer).substr(0, 5);
       c["java"] = {{call, answer}};
       c["out"] = site.size() > 3 ? site[3] : base["op"];
       // Only the constructor writes a plain entry item, whose token its raise carries.
@@ -188,13 +188,12 @@ void addFaultCases(const json& row, const std::map<std::string, json>& bases) {
 }
 
 std::vector<json> loadRows() {
-  std::map<std::string, json> bases;
-  for (const char* file : {"stub.jsonl", "java.jsonl", "faults.jsonl"}) {
+  for (const char* file : {"stub.jsonl", "java.jsonl"}) {
     std::ifstream in(std::string(LEGIORRUG_SCENARIOS) + "/" + file);
     for (std::string line; std::getline(in, line);) {
-      if (!line.empty() && line[0] != '#') {
-        json row = json::parse(line);
-        row.contains("sites") ? addFaultCases(row, bases) : rows.push_back(bases[row["case"]] = row);
+      rows.push_back(json::parse(line));
+      if (rows.back().contains("sites")) {
+        addFaultCases(json(rows.back()));
       }
     }
   }
