@@ -93,8 +93,7 @@ const std::map<std::string, Operation> operations = {
      }},
     {"setRepositoryDetails",
      [](KorISRAdapter& r, Texts& a) {
-       r.setRepositoryDetails(a[0], a[1], a[2], a[3].toUtf8() == "true", a[4], a[5],
-                              std::stoi(a[6].toUtf8()));
+       r.setRepositoryDetails(a[0], a[1], a[2], a[3] == w("true"), a[4], a[5], std::stoi(a[6].toUtf8()));
        return "";
      }},
     {"migratePoliciesFromISR", [](KorISRAdapter& r, Texts&) { return r.migratePoliciesFromISR(), ""; }},
@@ -221,29 +220,16 @@ std::shared_ptr<KorLogCapture> capturing(int filter) {
   return capture;
 }
 
-class Scenario : public ::testing::TestWithParam<json> {};
-
-// The JVM checks of JvmTest, for the rows that use Java.
-struct JvmChecks : JvmTest {
-  void TestBody() override {}
-  using JvmTest::SetUp;
-  using JvmTest::TearDown;
-};
+// Every row runs under the JVM checks of JvmTest.
+class Scenario : public JvmTest, public ::testing::WithParamInterface<json> {};
 
 TEST_P(Scenario, Row) {
   const json& row = GetParam();
   const bool java = row.value("registry", "java") == "java";
-  std::unique_ptr<JvmChecks> jvmChecks;
-  std::unique_ptr<KorISRAdapter> registry;
-  const long globals = java ? TestJvm::liveGlobalReferences() : 0;
-  if (java) {
-    jvmChecks = std::make_unique<JvmChecks>();
-    jvmChecks->SetUp();
-    script("");
-    registry = std::make_unique<KorISRAdapterImpl>(w("scenario"));
-  } else {
-    registry = std::make_unique<KorISRAdapterStub>();
-  }
+  const long globals = TestJvm::liveGlobalReferences();
+  script("");
+  std::unique_ptr<KorISRAdapter> registry(
+      java ? static_cast<KorISRAdapter*>(new KorISRAdapterImpl(w("scenario"))) : new KorISRAdapterStub);
   for (const json& step : row.value("setup", json::array())) {
     Texts args = arguments(step);
     operations.at(step[0])(*registry, args);
@@ -307,10 +293,7 @@ TEST_P(Scenario, Row) {
   }
   EXPECT_EQ(actual, expected);
   registry.reset();
-  if (jvmChecks) {
-    jvmChecks->TearDown();
-    EXPECT_EQ(TestJvm::liveGlobalReferences(), globals) << "global references left behind";
-  }
+  EXPECT_EQ(TestJvm::liveGlobalReferences(), globals) << "global references left behind";
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, Scenario, ::testing::ValuesIn(loadRows()), [](const auto& info) {

@@ -25,6 +25,12 @@ public class BTDDocument {
     public String getUri() throws Exception { return Script.text("BTDDocument.getUri", uri); }
     public String getContent() throws Exception { return Script.text("BTDDocument.getContent", content); }
 
+    /** Filled in by the adapter: the uri, and for a get the content. */
+    void stored(boolean get) {
+        uri = "/r/" + name;
+        content = get ? "doc:" + name : content;
+    }
+
     @Override
     public String toString() {
         return "BTD(" + name + "," + content + ")";

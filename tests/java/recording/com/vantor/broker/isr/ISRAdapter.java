@@ -16,21 +16,11 @@ public final class ISRAdapter {
         return (ISRAdapter) answer("getInstance", INSTANCE);
     }
 
-    public void createPolicy(ISRPolicy p) throws Exception {
-        answer("createPolicy", null, p);
-        p.uri = "/r/" + p.type + "/" + p.name;
-    }
+    public void createPolicy(ISRPolicy p) throws Exception { answer("createPolicy", null, p); p.stored(false); }
 
-    public void updatePolicy(ISRPolicy p) throws Exception {
-        answer("updatePolicy", null, p);
-        p.uri = "/r/" + p.type + "/" + p.name;
-    }
+    public void updatePolicy(ISRPolicy p) throws Exception { answer("updatePolicy", null, p); p.stored(false); }
 
-    public void getPolicy(ISRPolicy p) throws Exception {
-        answer("getPolicy", null, p);
-        p.uri = "/r/" + p.type + "/" + p.name;
-        p.document = "doc:" + p.name;
-    }
+    public void getPolicy(ISRPolicy p) throws Exception { answer("getPolicy", null, p); p.stored(true); }
 
     public ISRPolicy[] getPoliciesWithoutDoc(String type) throws Exception {
         return (ISRPolicy[]) Script.answer("ISRAdapter.getPoliciesWithoutDoc",
@@ -46,21 +36,11 @@ public final class ISRAdapter {
         return (ISRService) Script.answer("ISRAdapter.getService", new ISRService(name), ISRService::new, name);
     }
 
-    public void createBTD(BTDDocument b) throws Exception {
-        answer("createBTD", null, b);
-        b.uri = "/r/" + b.name;
-    }
+    public void createBTD(BTDDocument b) throws Exception { answer("createBTD", null, b); b.stored(false); }
 
-    public void updateBTD(BTDDocument b) throws Exception {
-        answer("updateBTD", null, b);
-        b.uri = "/r/" + b.name;
-    }
+    public void updateBTD(BTDDocument b) throws Exception { answer("updateBTD", null, b); b.stored(false); }
 
-    public void getBTD(BTDDocument b) throws Exception {
-        answer("getBTD", null, b);
-        b.uri = "/r/" + b.name;
-        b.content = "doc:" + b.name;
-    }
+    public void getBTD(BTDDocument b) throws Exception { answer("getBTD", null, b); b.stored(true); }
 
     public BTDDocument[] getBTDs() throws Exception {
         return (BTDDocument[]) Script.answer("ISRAdapter.getBTDs",

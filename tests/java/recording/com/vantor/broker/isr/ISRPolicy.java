@@ -27,6 +27,12 @@ public class ISRPolicy {
     public String getDocument() throws Exception { return Script.text("ISRPolicy.getDocument", document); }
     public void validateContent() throws Exception { Script.answer("ISRPolicy.validateContent", null, null); }
 
+    /** Filled in by the adapter: the uri, and for a get the document. */
+    void stored(boolean get) {
+        uri = "/r/" + type + "/" + name;
+        document = get ? "doc:" + name : document;
+    }
+
     @Override
     public String toString() {
         return "Policy(" + type + "," + name + "," + document + ")";
