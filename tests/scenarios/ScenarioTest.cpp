@@ -134,8 +134,8 @@ std::vector<json> rows;
 
 // The fault cases of a row: for each of its "sites" [Java call, call label,
 // 1 when null is an error, out-parameters after the failure] the row with the
-// site answering each outcome. Each case expects the
-// calls up to the failing one, and at filter 3 only the raise's own record.
+// site answering each outcome. Each case expects the calls up to the failing
+// one, and at filter 3 only the raise's own record.
 void addFaultCases(const json& base) {
   // The answer, the error ({f} the function, {l} the call label) and the
   // "Throwing exception" record's number, none for a known exception.
@@ -163,24 +163,20 @@ void addFaultCases(const json& base) {
       c["out"] = site.size() > 3 ? site[3] : base["op"];
       // Only the constructor writes a plain entry item, whose token its raise carries.
       c["error"] = error + (op == "construct" && drx != nullptr ? " #entry" : " #0");
-      c["calls"] = json::array();
-      for (const std::string line : base["calls"]) {
-        const bool failing = line.rfind(call + "(", 0) == 0;
-        // A constructor that NewObject answers null for never ran.
-        if (!failing || answer != std::string("null") || call.find("<init>") == std::string::npos) {
-          c["calls"].push_back(line);
-        }
-        if (failing) {
-          break;
-        }
-      }
+      const auto calls = base["calls"].get<std::vector<std::string>>();
+      const auto failing = std::find_if(calls.begin(), calls.end(), [&](const std::string& line) {
+        return line.rfind(call + "(", 0) == 0;
+      });
+      // A constructor that NewObject answers null for never ran.
+      const bool ran = answer != std::string("null") || call.find("<init>") == std::string::npos;
+      c["calls"] = std::vector<std::string>(calls.begin(), failing + (ran ? 1 : 0));
       c["filter"] = 3;
       c["traceOf"] = function;
-      c["trace"] = json::array();
-      if (drx != nullptr) {
-        c["trace"].push_back("trace " + function + ": Throwing exception|src/registry/KorISRAdapterImpl|L|" +
-                             drx + "|" + error.substr(error.find(": ") + 2));
-      }
+      c["trace"] =
+          drx == nullptr
+              ? json::array()
+              : json::array({"trace " + function + ": Throwing exception|src/registry/KorISRAdapterImpl|L|" +
+                             drx + "|" + error.substr(error.find(": ") + 2)});
       rows.push_back(c);
     }
   }
@@ -256,13 +252,12 @@ TEST_P(Scenario, Row) {
   } catch (const KorException& error) {
     actual.erase("result");
     // The token an error carries: its operation's entry item's, or 0.
-    actual["error"] = describe(error) + (error.token() == 0 ? " #0" : " #?");
-    for (const auto& record : capture->records()) {
-      if (record.function == error.function() && error.token() != 0 && record.token == error.token() &&
-          (record.kind == KorLogKind::entry || record.kind == KorLogKind::debugEntry)) {
-        actual["error"] = describe(error) + " #entry";
-      }
-    }
+    const auto records = capture->records();
+    const bool entry = std::any_of(records.begin(), records.end(), [&](const KorLogRecord& record) {
+      return record.function == error.function() && record.token == error.token() &&
+             (record.kind == KorLogKind::entry || record.kind == KorLogKind::debugEntry);
+    });
+    actual["error"] = describe(error) + (error.token() == 0 ? " #0" : entry ? " #entry" : " #?");
   }
   capturing(0);
   actual["out"] = row["op"];
@@ -297,10 +292,8 @@ TEST_P(Scenario, Row) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, Scenario, ::testing::ValuesIn(loadRows()), [](const auto& info) {
-  std::string name = info.param["case"].template get<std::string>() + "_" + std::to_string(info.index);
-  std::replace_if(
-      name.begin(), name.end(), [](unsigned char c) { return !std::isalnum(c); }, '_');
-  return name;
+  return std::regex_replace(info.param["case"].template get<std::string>(), std::regex("[^A-Za-z0-9]"), "_") +
+         "_" + std::to_string(info.index);
 });
 
 // The factory builds the in-memory registry in stub containers (kind 1), else
