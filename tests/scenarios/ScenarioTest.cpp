@@ -44,10 +44,6 @@ std::string joined(const Texts& texts) {
   return line;
 }
 
-std::string flag(bool value) {
-  return value ? "true" : "false";
-}
-
 // Each operation reads its arguments, out-parameters included, from a and
 // writes the out-parameters back; a list out-parameter is one comma-joined text.
 using Operation = std::function<std::string(KorISRAdapter&, Texts&)>;
@@ -56,7 +52,7 @@ const std::map<std::string, Operation> operations = {
     {"updateBTD", [](KorISRAdapter& r, Texts& a) { return r.updateBTD(a[0], a[1], a[2]), ""; }},
     {"getBTD", [](KorISRAdapter& r, Texts& a) { return r.getBTD(a[0], a[1], a[2]), ""; }},
     {"deleteBTD", [](KorISRAdapter& r, Texts& a) { return r.deleteBTD(a[0]), ""; }},
-    {"btdExists", [](KorISRAdapter& r, Texts& a) { return flag(r.btdExists(a[0])); }},
+    {"btdExists", [](KorISRAdapter& r, Texts& a) { return json(r.btdExists(a[0])).dump(); }},
     {"listBTDs",
      [](KorISRAdapter& r, Texts& a) {
        Texts uris = {a[0]};
@@ -69,17 +65,17 @@ const std::map<std::string, Operation> operations = {
     {"updatePolicy", [](KorISRAdapter& r, Texts& a) { return r.updatePolicy(a[0], a[1], a[2], a[3]), ""; }},
     {"getPolicy", [](KorISRAdapter& r, Texts& a) { return r.getPolicy(a[0], a[1], a[2], a[3]), ""; }},
     {"deletePolicy", [](KorISRAdapter& r, Texts& a) { return r.deletePolicy(a[0], a[1]), ""; }},
-    {"policyExists", [](KorISRAdapter& r, Texts& a) { return flag(r.policyExists(a[0], a[1])); }},
+    {"policyExists", [](KorISRAdapter& r, Texts& a) { return json(r.policyExists(a[0], a[1])).dump(); }},
     {"getPolicyNames",
      [](KorISRAdapter& r, Texts& a) { return "[" + joined(r.getPolicyNames(a[0], a[1])) + "]"; }},
     {"createService", [](KorISRAdapter& r, Texts& a) { return r.createService(a[0], a[1], a[2]), ""; }},
-    {"serviceExists", [](KorISRAdapter& r, Texts& a) { return flag(r.serviceExists(a[0], a[1])); }},
+    {"serviceExists", [](KorISRAdapter& r, Texts& a) { return json(r.serviceExists(a[0], a[1])).dump(); }},
     {"getService",
      [](KorISRAdapter& r, Texts& a) {
        KorISRService s(a[1], a[2], a[3]);
        bool found = r.getService(a[0], s);
        a = {a[0], s.name, s.serviceNamespace, s.document};
-       return flag(found) + " " + s.logSourceName().toUtf8();
+       return json(found).dump() + " " + s.logSourceName().toUtf8();
      }},
     {"deleteService", [](KorISRAdapter& r, Texts& a) { return r.deleteService(a[0]), ""; }},
     {"getServices",
@@ -202,9 +198,7 @@ void script(const char* text) {
 
 Texts arguments(const json& op) {
   Texts args;
-  for (std::size_t i = 1; i < op.size(); ++i) {
-    args.push_back(w(op[i]));
-  }
+  std::transform(op.begin() + 1, op.end(), std::back_inserter(args), [](const json& arg) { return w(arg); });
   return args;
 }
 
