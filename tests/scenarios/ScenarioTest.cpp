@@ -48,38 +48,37 @@ std::string joined(const Texts& texts) {
 // writes the out-parameters back; a list out-parameter is one comma-joined text.
 using Operation = std::function<std::string(KorISRAdapter&, Texts&)>;
 const std::map<std::string, Operation> operations = {
-    {"createBTD", [](KorISRAdapter& r, Texts& a) { return r.createBTD(a[0], a[1], a[2]), ""; }},
-    {"updateBTD", [](KorISRAdapter& r, Texts& a) { return r.updateBTD(a[0], a[1], a[2]), ""; }},
-    {"getBTD", [](KorISRAdapter& r, Texts& a) { return r.getBTD(a[0], a[1], a[2]), ""; }},
-    {"deleteBTD", [](KorISRAdapter& r, Texts& a) { return r.deleteBTD(a[0]), ""; }},
-    {"btdExists", [](KorISRAdapter& r, Texts& a) { return json(r.btdExists(a[0])).dump(); }},
+    {"createBTD", [](auto& r, Texts& a) { return r.createBTD(a[0], a[1], a[2]), ""; }},
+    {"updateBTD", [](auto& r, Texts& a) { return r.updateBTD(a[0], a[1], a[2]), ""; }},
+    {"getBTD", [](auto& r, Texts& a) { return r.getBTD(a[0], a[1], a[2]), ""; }},
+    {"deleteBTD", [](auto& r, Texts& a) { return r.deleteBTD(a[0]), ""; }},
+    {"btdExists", [](auto& r, Texts& a) { return json(r.btdExists(a[0])).dump(); }},
     {"listBTDs",
-     [](KorISRAdapter& r, Texts& a) {
+     [](auto& r, Texts& a) {
        Texts uris = {a[0]};
        r.listBTDs(uris);
        a[0] = w(joined(uris));
        return "";
      }},
-    {"getBTDNames", [](KorISRAdapter& r, Texts& a) { return "[" + joined(r.getBTDNames(a[0])) + "]"; }},
-    {"createPolicy", [](KorISRAdapter& r, Texts& a) { return r.createPolicy(a[0], a[1], a[2], a[3]), ""; }},
-    {"updatePolicy", [](KorISRAdapter& r, Texts& a) { return r.updatePolicy(a[0], a[1], a[2], a[3]), ""; }},
-    {"getPolicy", [](KorISRAdapter& r, Texts& a) { return r.getPolicy(a[0], a[1], a[2], a[3]), ""; }},
-    {"deletePolicy", [](KorISRAdapter& r, Texts& a) { return r.deletePolicy(a[0], a[1]), ""; }},
-    {"policyExists", [](KorISRAdapter& r, Texts& a) { return json(r.policyExists(a[0], a[1])).dump(); }},
-    {"getPolicyNames",
-     [](KorISRAdapter& r, Texts& a) { return "[" + joined(r.getPolicyNames(a[0], a[1])) + "]"; }},
-    {"createService", [](KorISRAdapter& r, Texts& a) { return r.createService(a[0], a[1], a[2]), ""; }},
-    {"serviceExists", [](KorISRAdapter& r, Texts& a) { return json(r.serviceExists(a[0], a[1])).dump(); }},
+    {"getBTDNames", [](auto& r, Texts& a) { return "[" + joined(r.getBTDNames(a[0])) + "]"; }},
+    {"createPolicy", [](auto& r, Texts& a) { return r.createPolicy(a[0], a[1], a[2], a[3]), ""; }},
+    {"updatePolicy", [](auto& r, Texts& a) { return r.updatePolicy(a[0], a[1], a[2], a[3]), ""; }},
+    {"getPolicy", [](auto& r, Texts& a) { return r.getPolicy(a[0], a[1], a[2], a[3]), ""; }},
+    {"deletePolicy", [](auto& r, Texts& a) { return r.deletePolicy(a[0], a[1]), ""; }},
+    {"policyExists", [](auto& r, Texts& a) { return json(r.policyExists(a[0], a[1])).dump(); }},
+    {"getPolicyNames", [](auto& r, Texts& a) { return "[" + joined(r.getPolicyNames(a[0], a[1])) + "]"; }},
+    {"createService", [](auto& r, Texts& a) { return r.createService(a[0], a[1], a[2]), ""; }},
+    {"serviceExists", [](auto& r, Texts& a) { return json(r.serviceExists(a[0], a[1])).dump(); }},
     {"getService",
-     [](KorISRAdapter& r, Texts& a) {
+     [](auto& r, Texts& a) {
        KorISRService s(a[1], a[2], a[3]);
        bool found = r.getService(a[0], s);
        a = {a[0], s.name, s.serviceNamespace, s.document};
        return json(found).dump() + " " + s.logSourceName().toUtf8();
      }},
-    {"deleteService", [](KorISRAdapter& r, Texts& a) { return r.deleteService(a[0]), ""; }},
+    {"deleteService", [](auto& r, Texts& a) { return r.deleteService(a[0]), ""; }},
     {"getServices",
-     [](KorISRAdapter& r, Texts&) {
+     [](auto& r, Texts&) {
        std::string line;
        for (const auto& s : r.getServices()) {
          line += (line.empty() ? "" : ",") + s.name.toUtf8() + "/" + s.serviceNamespace.toUtf8() + "/" +
@@ -88,15 +87,14 @@ const std::map<std::string, Operation> operations = {
        return "[" + line + "]";
      }},
     {"setRepositoryDetails",
-     [](KorISRAdapter& r, Texts& a) {
+     [](auto& r, Texts& a) {
        r.setRepositoryDetails(a[0], a[1], a[2], a[3] == w("true"), a[4], a[5], std::stoi(a[6].toUtf8()));
        return "";
      }},
-    {"migratePoliciesFromISR", [](KorISRAdapter& r, Texts&) { return r.migratePoliciesFromISR(), ""; }},
-    {"stopMessageFlow",
-     [](KorISRAdapter& r, Texts& a) { return r.stopMessageFlow(a[0], a[1], a[2], a[3]), ""; }},
-    {"reset", [](KorISRAdapter& r, Texts&) { return dynamic_cast<KorISRAdapterStub&>(r).reset(), ""; }},
-    {"construct", [](KorISRAdapter&, Texts&) { return KorISRAdapterImpl(w("another")), ""; }},
+    {"migratePoliciesFromISR", [](auto& r, Texts&) { return r.migratePoliciesFromISR(), ""; }},
+    {"stopMessageFlow", [](auto& r, Texts& a) { return r.stopMessageFlow(a[0], a[1], a[2], a[3]), ""; }},
+    {"reset", [](auto& r, Texts&) { return dynamic_cast<KorISRAdapterStub&>(r).reset(), ""; }},
+    {"construct", [](auto&, Texts&) { return KorISRAdapterImpl(w("another")), ""; }},
 };
 
 // "R|F number function: insert|insert", a nested item in braces.
@@ -232,9 +230,7 @@ TEST_P(Scenario, Row) {
       TestJvm::failNextNewObject();
     }
   }
-  if (java) {
-    script(lines.c_str());
-  }
+  script(lines.c_str());
 
   Texts args = arguments(row["op"]);
   json actual = row;
