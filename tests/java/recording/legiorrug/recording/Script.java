@@ -74,6 +74,11 @@ public final class Script {
         return record != null ? record.apply(value) : value;
     }
 
+    /** A text answer. */
+    public static String text(String call, String fallback) throws LxRecoverableException {
+        return (String) answer(call, fallback, null);
+    }
+
     private static Object insert(String text) {
         return switch (text) {
             case "~" -> null;

@@ -1,6 +1,5 @@
 package com.vantor.broker.isr;
 
-import com.vantor.broker.plugin.LxRecoverableException;
 import legiorrug.recording.Script;
 
 /** A BTD of the recording registry; the adapter fills in uri and content. */
@@ -9,7 +8,7 @@ public class BTDDocument {
     String content;
     String uri;
 
-    public BTDDocument(String name, String content) throws LxRecoverableException {
+    public BTDDocument(String name, String content) throws Exception {
         this.name = name;
         this.content = content;
         Script.answer("BTDDocument.<init>", null, null, name, content);
@@ -17,25 +16,19 @@ public class BTDDocument {
 
     /** An element of a listing, unrecorded. */
     BTDDocument(String name) {
-        this(name, "doc:" + name, "/r/" + name);
-    }
-
-    private BTDDocument(String name, String content, String uri) {
         this.name = name;
-        this.content = content;
-        this.uri = uri;
+        this.content = "doc:" + name;
+        this.uri = "/r/" + name;
     }
 
-    public String getName() throws LxRecoverableException {
-        return (String) Script.answer("BTDDocument.getName", name, null);
-    }
+    public String getName() throws Exception { return Script.text("BTDDocument.getName", name); }
+    public String getUri() throws Exception { return Script.text("BTDDocument.getUri", uri); }
+    public String getContent() throws Exception { return Script.text("BTDDocument.getContent", content); }
 
-    public String getUri() throws LxRecoverableException {
-        return (String) Script.answer("BTDDocument.getUri", uri, null);
-    }
-
-    public String getContent() throws LxRecoverableException {
-        return (String) Script.answer("BTDDocument.getContent", content, null);
+    /** Filled in by the adapter: the uri, and for a get the content. */
+    void stored(boolean get) {
+        uri = "/r/" + name;
+        content = get ? "doc:" + name : content;
     }
 
     @Override

@@ -1,6 +1,5 @@
 package com.vantor.broker.isr;
 
-import com.vantor.broker.plugin.LxRecoverableException;
 import legiorrug.recording.Script;
 
 /** A policy of the recording registry; the adapter fills in uri and document. */
@@ -10,7 +9,7 @@ public class ISRPolicy {
     String document;
     String uri;
 
-    public ISRPolicy(String type, String name, String document) throws LxRecoverableException {
+    public ISRPolicy(String type, String name, String document) throws Exception {
         this.type = type;
         this.name = name;
         this.document = document;
@@ -23,20 +22,15 @@ public class ISRPolicy {
         this.name = name;
     }
 
-    public String getName() throws LxRecoverableException {
-        return (String) Script.answer("ISRPolicy.getName", name, null);
-    }
+    public String getName() throws Exception { return Script.text("ISRPolicy.getName", name); }
+    public String getUri() throws Exception { return Script.text("ISRPolicy.getUri", uri); }
+    public String getDocument() throws Exception { return Script.text("ISRPolicy.getDocument", document); }
+    public void validateContent() throws Exception { Script.answer("ISRPolicy.validateContent", null, null); }
 
-    public String getUri() throws LxRecoverableException {
-        return (String) Script.answer("ISRPolicy.getUri", uri, null);
-    }
-
-    public String getDocument() throws LxRecoverableException {
-        return (String) Script.answer("ISRPolicy.getDocument", document, null);
-    }
-
-    public void validateContent() throws LxRecoverableException {
-        Script.answer("ISRPolicy.validateContent", null, null);
+    /** Filled in by the adapter: the uri, and for a get the document. */
+    void stored(boolean get) {
+        uri = "/r/" + type + "/" + name;
+        document = get ? "doc:" + name : document;
     }
 
     @Override

@@ -1,6 +1,5 @@
 package com.vantor.broker.isr;
 
-import com.vantor.broker.plugin.LxRecoverableException;
 import legiorrug.recording.Script;
 
 /** A service of the recording registry. */
@@ -9,18 +8,19 @@ public class ISRService {
     final String namespace;
     final String document;
 
-    public ISRService(String name, String namespace, String document) throws LxRecoverableException {
+    public ISRService(String name, String namespace, String document) throws Exception {
+        this(name, namespace, document, name, namespace, document);
+    }
+
+    public ISRService(String name, String namespace) throws Exception {
+        this(name, namespace, null, name, namespace);
+    }
+
+    private ISRService(String name, String namespace, String document, Object... args) throws Exception {
         this.name = name;
         this.namespace = namespace;
         this.document = document;
-        Script.answer("ISRService.<init>", null, null, name, namespace, document);
-    }
-
-    public ISRService(String name, String namespace) throws LxRecoverableException {
-        this.name = name;
-        this.namespace = namespace;
-        this.document = null;
-        Script.answer("ISRService.<init>", null, null, name, namespace);
+        Script.answer("ISRService.<init>", null, null, args);
     }
 
     /** An element of a listing or a found service, unrecorded. */
@@ -30,21 +30,10 @@ public class ISRService {
         this.document = "doc:" + name;
     }
 
-    public String getUri() throws LxRecoverableException {
-        return (String) Script.answer("ISRService.getUri", "/r/" + name, null);
-    }
-
-    public String getDocument() throws LxRecoverableException {
-        return (String) Script.answer("ISRService.getDocument", document, null);
-    }
-
-    public String getName() throws LxRecoverableException {
-        return (String) Script.answer("ISRService.getName", name, null);
-    }
-
-    public String getNamespace() throws LxRecoverableException {
-        return (String) Script.answer("ISRService.getNamespace", namespace, null);
-    }
+    public String getUri() throws Exception { return Script.text("ISRService.getUri", "/r/" + name); }
+    public String getDocument() throws Exception { return Script.text("ISRService.getDocument", document); }
+    public String getName() throws Exception { return Script.text("ISRService.getName", name); }
+    public String getNamespace() throws Exception { return Script.text("ISRService.getNamespace", namespace); }
 
     @Override
     public String toString() {

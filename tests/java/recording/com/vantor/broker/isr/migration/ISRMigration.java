@@ -1,6 +1,5 @@
 package com.vantor.broker.isr.migration;
 
-import com.vantor.broker.plugin.LxRecoverableException;
 import legiorrug.recording.Script;
 
 /** Migration of the recording registry. */
@@ -9,11 +8,9 @@ public final class ISRMigration {
 
     private ISRMigration() {}
 
-    public static ISRMigration getInstance() throws LxRecoverableException {
+    public static ISRMigration getInstance() throws Exception {
         return (ISRMigration) Script.answer("ISRMigration.getInstance", INSTANCE, null);
     }
 
-    public boolean migrateISR() throws LxRecoverableException {
-        return (Boolean) Script.answer("ISRMigration.migrateISR", true, null);
-    }
+    public boolean migrateISR() throws Exception { return (Boolean) Script.answer("ISRMigration.migrateISR", true, null); }
 }
