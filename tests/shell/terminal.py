@@ -1,15 +1,13 @@
-# A session at a terminal, as a person sees it: terminal.py PROGRAM HOME.
+# A session at a terminal, as a person sees it: terminal.py PROGRAM SOURCE_DIR BINARY_DIR.
 import os, pty, select, shutil, signal, sys, time
 
 signal.alarm(60)  # a shell that does not leave fails the test
-
-program, home = sys.argv[1], sys.argv[2]
+program, home = sys.argv[1], sys.argv[3] + "/tests/shell/terminal.home"
 shutil.rmtree(home, ignore_errors=True)
 os.makedirs(home)
 pid, fd = pty.fork()
 if pid == 0:
-    os.environ["HOME"] = home
-    os.execv(program, [program, "--container-kind", "1"])
+    os.execve(program, [program, "--container-kind", "1"], {**os.environ, "HOME": home})
 seen = b""
 
 def expect(text):
