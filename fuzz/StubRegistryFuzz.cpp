@@ -22,8 +22,7 @@ const Text keys[] = {u"",       u"a",      u"ab",   u"B",          u"a b",
                      u"\xD800", u"\xFFFF", u"\x7F", u"\U0001F600", u"BusinessTransactionDefinition"};
 
 struct Record {
-  Text text; // content or document
-  Text uri;
+  Text text, uri; // text: the content or document
 };
 
 // Runs op, which must raise a KorRecoverableException with number when fails, and nothing otherwise.
@@ -71,24 +70,24 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     auto& ofType = policies[type];
     Record* btd = btds.count(name) != 0 ? &btds[name] : nullptr;
     Record* policy = ofType.count(name) != 0 ? &ofType[name] : nullptr;
-    // Operations 1 to 3 on BTDs and 8 to 10 on policies are alike.
+    // Operations 0 to 3 on BTDs and 7 to 10 on policies are alike.
     const bool ofBtd = code % 14 < 7;
     Record* record = ofBtd ? btd : policy;
     const std::uint32_t missing = ofBtd ? 0xC0000840 : 0xC0000841;
+    const Text made = !proposed.empty() ? proposed // the URI of a new record
+                      : ofBtd           ? u"/apiv1/business/businesstransactions/" + name
+                                        : u"/apiv1/policy/" + type + u"/" + name;
     switch (code % 14) {
     case 0: // An upsert: a new BTD keeps a proposed URI, an existing one its own.
       stub.createBTD(n, c, uri);
-      btds.try_emplace(
-              name,
-              Record{content, proposed.empty() ? u"/apiv1/business/businesstransactions/" + name : proposed})
-          .first->second.text = content;
-      require(uri.view() == btds[name].uri);
+      record = &btds.try_emplace(name, Record{{}, made}).first->second;
+      record->text = content;
+      require(uri.view() == record->uri);
       break;
     case 7: {
-      const auto [entry, added] = ofType.try_emplace(
-          name, Record{content, proposed.empty() ? u"/apiv1/policy/" + type + u"/" + name : proposed});
+      const bool added = ofType.try_emplace(name, Record{content, made}).second;
       expect(!added, 0xC0000841, [&] { stub.createPolicy(t, n, c, uri); });
-      require(uri.view() == (added ? entry->second.uri : proposed));
+      require(uri.view() == (added ? made : proposed));
       break;
     }
     case 1:

@@ -1,7 +1,6 @@
-# End-to-end tests of the legiorrug shell: check.py PROGRAM SOURCE_DIR BINARY_DIR.
-# Each row runs the program once, in BINARY_DIR, and checks its exit status,
-# its exact standard output (bytes, or a file of cases/), that its standard
-# error matches err and does not match forbid, or is the message says.
+# End-to-end tests of the legiorrug shell: check.py PROGRAM SOURCE_DIR BINARY_DIR. Each row runs the program
+# once, in BINARY_DIR, and checks its exit status, its exact standard output (bytes, or a file of cases/),
+# that its standard error matches err and does not match forbid, or is the message says.
 import concurrent.futures, difflib, os, re, shutil, subprocess, sys
 
 program, source, binary = sys.argv[1:]
@@ -41,8 +40,7 @@ def run(name, args, status, stdin=os.devnull, out=None, err="", forbid=None, say
     return "%s: legiorrug %s\n%s\nstandard error:\n%s" % (name, args, "\n".join(failed), error) if failed else ""
 
 
-def row(*args, **checks):
-    runs.append(pool.submit(run, *args, **checks))
+row = lambda *args, **checks: runs.append(pool.submit(run, *args, **checks))
 
 
 # Scripts with their expected output.
@@ -51,8 +49,8 @@ row("usage_errors", stub + "--json -f " + cases + "usage.lgr", 2, out="usage.jso
 row("java_session", java + "--json -f " + cases + "java.lgr", 2, out="java.jsonl", forbid="WARNING|Exception")
 row("text_output", stub, 2, stdin=cases + "text.lgr", out="text.out", 
     err=r'^legiorrug: line 4: unknown command "nope" .*\n\Z')
-row("sample_script_stub", stub + "-f " + source + "/examples/registry.lgr", 1)
-row("sample_script_java", java + "-f " + source + "/examples/registry.lgr", 1, forbid="WARNING")
+for registry in stub, java:
+    row("sample_script", registry + "-f " + source + "/examples/registry.lgr", 1, forbid="WARNING")
 row("byte_order_mark", stub, 0, stdin=b"\xef\xbb\xbfbtdExists a\n")
 # The README's JSON Lines examples print what it shows.
 examples = re.findall(r"^\$ legiorrug ([^\n]*) <<'EOF'\n(.*?)^EOF\n(.*?)^```", open(source + "/README.md").read(),
@@ -63,8 +61,8 @@ for args, script, shown in examples if len(examples) == 2 else sys.exit("expecte
 # Exit statuses and start failures; no libjvm to be found, which the in-memory registry needs not.
 row("all_succeed", stub + "--json -f -", 0, stdin=ok)
 row("no_commands", stub, 0, out=b"")
-row("help", "--help", 0, err=r"^\Z")
-row("version", "--version", 0, err=r"^\Z")
+for option in "--help", "--version":
+    row(option, option, 0, err=r"^\Z")
 row("bad_option", "--colour", 2, err="--colour")
 row("bad_trace_level", stub + "--trace 6", 2, err="--trace")
 row("missing_script", stub + "-f " + cases + "none.lgr", 2, err="none.lgr")
@@ -102,5 +100,4 @@ for registry in stub, java:  # line 4 of the script, a usage error, would show o
     row("closed_pipe", registry, 2, stdin=cases + "text.lgr", into="closed pipe",
         says="cannot write standard output: Broken pipe")
 
-failures = [failure for failure in (run.result() for run in runs) if failure]
-sys.exit("\n\n".join(failures) if failures else 0)
+sys.exit("\n\n".join(filter(None, (run.result() for run in runs))) or None)

@@ -8,26 +8,20 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
-#include <map>
 #include <mutex>
-#include <sstream>
 #include <type_traits>
 #include <utility>
 
 namespace {
 
 std::atomic<int> warnings{0};
-std::atomic<long> injected{0};
-std::atomic<long> liveGlobals{0};
+std::atomic<long> injected{0}, liveGlobals{0};
 std::mutex outputLock;
 std::string pendingLine;
 jniNativeInterface original; // the JVM's table, before the interposed entries
-thread_local int frameDepth = 0;
 thread_local bool nullNextNewObject = false;
-// The armed fault of this thread: the failAt-th failable call fails.
-thread_local int failAt = 0;
-thread_local int callsCounted = 0;
-thread_local jclass faultClass = nullptr;
+thread_local int frameDepth = 0, failAt = 0, callsCounted = 0; // failAt: the failable call to fail
+thread_local const char* faultClass = nullptr;
 
 jint JNICALL countingVfprintf(FILE* stream, const char* format, va_list args) {
   char buffer[8192];
@@ -49,8 +43,10 @@ bool failHere(JNIEnv* env, bool raises) {
   if (failAt == 0 || ++callsCounted != failAt) {
     return false;
   }
-  if (raises) {
-    original.ThrowNew(env, faultClass, "injected JNI failure");
+  if (raises) { // through the JVM's own table, so that the count stays as it is
+    jclass cls = original.FindClass(env, faultClass);
+    original.ThrowNew(env, cls, "injected JNI failure");
+    original.DeleteLocalRef(env, cls);
   }
   ++injected;
   return true;
@@ -129,10 +125,7 @@ void interposeJniFunctions(JavaVM* vm) {
 
 void createJvm() {
   KorJVMOptions options;
-  std::stringstream classPath(LEGIORRUG_TEST_CLASSPATH);
-  for (std::string entry; std::getline(classPath, entry, ':');) {
-    options.classPath.push_back(entry);
-  }
+  options.classPath = {LEGIORRUG_TEST_CLASSPATH};
   options.options = {"-Xcheck:jni", "-Xmx256m", "-XX:+UseSerialGC", "-Djava.awt.headless=true"};
   options.vfprintfHook = countingVfprintf;
   KorJVM::create(options);
@@ -164,20 +157,7 @@ long TestJvm::faultsInjected() {
 }
 
 void TestJvm::failNthCall(int n, const char* exceptionClass) {
-  failAt = 0;
-  // One global reference per class for the process's life, so that arming a
-  // fault leaves the global reference count alone.
-  static std::mutex classesLock;
-  static std::map<std::string, jclass> classes;
-  std::lock_guard<std::mutex> guard(classesLock);
-  jclass& cls = classes[exceptionClass];
-  if (cls == nullptr) {
-    jclass local = env()->FindClass(exceptionClass);
-    ASSERT_NE(local, nullptr) << exceptionClass;
-    cls = static_cast<jclass>(env()->NewGlobalRef(local));
-    env()->DeleteLocalRef(local);
-  }
-  faultClass = cls;
+  faultClass = exceptionClass;
   callsCounted = 0;
   failAt = n;
 }
@@ -221,12 +201,11 @@ std::string TestJvm::utf8(jobject string) {
 }
 
 void TestJvm::clearReferenceRegistry() {
-  JNIEnv* jni = env();
   jobject adapter =
       callStatic("com/vantor/broker/isr/ISRAdapter", "getInstance", "()Lcom/vantor/broker/isr/ISRAdapter;");
-  jclass cls = jni->GetObjectClass(adapter);
-  jni->CallVoidMethod(adapter, jni->GetMethodID(cls, "clear", "()V"));
-  EXPECT_FALSE(jni->ExceptionCheck());
-  jni->DeleteLocalRef(cls);
-  jni->DeleteLocalRef(adapter);
+  jclass cls = env()->GetObjectClass(adapter);
+  env()->CallVoidMethod(adapter, env()->GetMethodID(cls, "clear", "()V"));
+  EXPECT_FALSE(env()->ExceptionCheck());
+  env()->DeleteLocalRef(cls);
+  env()->DeleteLocalRef(adapter);
 }

@@ -5,9 +5,8 @@
 
 #include <string>
 
-// The test process's JVM, created on first use under -Xcheck:jni with the
-// class path the test was built with; its JNI function table is interposed
-// to count and to fail calls.
+// The test process's JVM, made on first use under -Xcheck:jni with the test's class path;
+// its JNI function table is interposed to count and to fail calls.
 class TestJvm {
 public:
   static JNIEnv* env();
@@ -19,11 +18,10 @@ public:
   static long liveGlobalReferences();
   // The next NewObject on this thread returns null with no exception, as only a broken JVM does.
   static void failNextNewObject();
-  // Counts this thread's failable JNI calls (allocations, method calls, array and string access,
-  // frame pushes) and fails the nth as the JVM would, with an exceptionClass pending
-  // (NewGlobalRef: null only); stopFailingCalls answers the calls counted.
+  // Counts this thread's failable JNI calls (allocations, method calls, array and string access, frame
+  // pushes), fails the nth as the JVM would, with an exceptionClass pending (NewGlobalRef: null only).
   static void failNthCall(int n, const char* exceptionClass);
-  static int stopFailingCalls();
+  static int stopFailingCalls(); // answers the calls counted
   static long faultsInjected();
   // A static Java call for test setup; a Java exception fails the test.
   static jobject callStatic(const char* className, const char* method, const char* signature, ...);
