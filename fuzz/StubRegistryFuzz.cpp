@@ -3,7 +3,7 @@
 #include <KorException.hpp>
 #include <KorISRAdapterStub.hpp>
 
-#include <cstddef>
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <map>
@@ -14,11 +14,7 @@ namespace {
 
 using Text = std::u16string;
 
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
+const auto require = [](bool holds) { holds ? void() : std::abort(); };
 
 // Few keys, so that operations meet each other's records; among them the
 // empty text, a space, a lone surrogate and the order's edge units.
@@ -26,8 +22,7 @@ const Text keys[] = {u"",       u"a",      u"ab",   u"B",          u"a b",
                      u"\xD800", u"\xFFFF", u"\x7F", u"\U0001F600", u"BusinessTransactionDefinition"};
 
 struct Record {
-  Text text; // content or document
-  Text uri;
+  Text text, uri; // text: the content or document
 };
 
 // Runs op, which must raise a KorRecoverableException with number when fails, and nothing otherwise.
@@ -42,12 +37,12 @@ template <typename Op> void expect(bool fails, std::uint32_t number, Op&& op) {
 
 // The names of a store in order, joined onto start by single spaces.
 template <typename Store> Text names(const Store& store, Text start, std::vector<KorWstring> listed) {
+  require(listed.size() == store.size());
   auto entry = store.begin();
   for (const KorWstring& name : listed) {
-    require(entry != store.end() && name.view() == entry->first);
+    require(name.view() == entry->first);
     start += (start.empty() ? u"" : u" ") + (entry++)->first;
   }
-  require(entry == store.end());
   return start;
 }
 
@@ -68,84 +63,71 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   };
   while (at < size) {
     const std::uint8_t code = byte();
-    const Text name = keys[byte() % 10];
-    const Text type = keys[byte() % 10];
-    const Text content = text();
+    const Text name = keys[byte() % 10], type = keys[byte() % 10], content = text();
     const Text proposed = code & 0x80 ? text() : Text();
-    KorWstring uri(proposed);
-    KorWstring out(u"before");
-    const bool btd = btds.count(name) != 0;
+    const KorWstring n(name), t(type), c(content);
+    KorWstring uri(proposed), out(u"before");
     auto& ofType = policies[type];
-    const bool policy = ofType.count(name) != 0;
+    Record* btd = btds.count(name) != 0 ? &btds[name] : nullptr;
+    Record* policy = ofType.count(name) != 0 ? &ofType[name] : nullptr;
+    // Operations 0 to 3 on BTDs and 7 to 10 on policies are alike.
+    const bool ofBtd = code % 14 < 7;
+    Record* record = ofBtd ? btd : policy;
+    const std::uint32_t missing = ofBtd ? 0xC0000840 : 0xC0000841;
+    const Text made = !proposed.empty() ? proposed // the URI of a new record
+                      : ofBtd           ? u"/apiv1/business/businesstransactions/" + name
+                                        : u"/apiv1/policy/" + type + u"/" + name;
     switch (code % 14) {
     case 0: // An upsert: a new BTD keeps a proposed URI, an existing one its own.
-      stub.createBTD(KorWstring(name), KorWstring(content), uri);
-      if (!btd) {
-        btds[name].uri = proposed.empty() ? u"/apiv1/business/businesstransactions/" + name : proposed;
-      }
-      btds[name].text = content;
-      require(uri.view() == btds[name].uri);
+      stub.createBTD(n, c, uri);
+      record = &btds.try_emplace(name, Record{{}, made}).first->second;
+      record->text = content;
+      require(uri.view() == record->uri);
       break;
-    case 1:
-    case 8: {
-      const bool found = code % 14 == 1 ? btd : policy;
-      expect(!found, 0xC0000841, [&] {
-        code % 14 == 1 ? stub.updateBTD(KorWstring(name), KorWstring(content), uri)
-                       : stub.updatePolicy(KorWstring(type), KorWstring(name), KorWstring(content), uri);
-      });
-      Record* changed = code % 14 == 1 ? (btd ? &btds[name] : nullptr) : (policy ? &ofType[name] : nullptr);
-      if (changed != nullptr) {
-        changed->text = content;
-      }
-      require(uri.view() == (changed != nullptr ? changed->uri : proposed));
+    case 7: {
+      const bool added = ofType.try_emplace(name, Record{content, made}).second;
+      expect(!added, 0xC0000841, [&] { stub.createPolicy(t, n, c, uri); });
+      require(uri.view() == (added ? made : proposed));
       break;
     }
+    case 1:
+    case 8:
+      expect(record == nullptr, 0xC0000841,
+             [&] { ofBtd ? stub.updateBTD(n, c, uri) : stub.updatePolicy(t, n, c, uri); });
+      if (record != nullptr) {
+        record->text = content;
+      }
+      require(uri.view() == (record != nullptr ? record->uri : proposed));
+      break;
     case 2:
-      expect(!btd, 0xC0000840, [&] { stub.getBTD(KorWstring(name), out, uri); });
-      require(out.view() == (btd ? btds[name].text : u"before") &&
-              uri.view() == (btd ? btds[name].uri : proposed));
+    case 9:
+      expect(record == nullptr, missing,
+             [&] { ofBtd ? stub.getBTD(n, out, uri) : stub.getPolicy(t, n, out, uri); });
+      require(out.view() == (record != nullptr ? record->text : u"before") &&
+              uri.view() == (record != nullptr ? record->uri : proposed));
       break;
     case 3:
-      expect(!btd, 0xC0000840, [&] { stub.deleteBTD(KorWstring(name)); });
-      btds.erase(name);
+    case 10:
+      expect(record == nullptr, missing, [&] { ofBtd ? stub.deleteBTD(n) : stub.deletePolicy(t, n); });
+      ofBtd ? btds.erase(name) : ofType.erase(name);
       break;
     case 4:
-      require(stub.btdExists(KorWstring(name)) == btd &&
-              stub.policyExists(KorWstring(type), KorWstring(name)) == policy);
+      require(stub.btdExists(n) == (btd != nullptr) && stub.policyExists(t, n) == (policy != nullptr));
       break;
-    case 5: {
+    case 5: { // Appends to the URIs it is given.
       std::vector<KorWstring> uris{out};
       stub.listBTDs(uris);
-      require(uris.size() == btds.size() + 1);
-      std::size_t i = 1;
-      for (const auto& entry : btds) {
-        require(uris[i++].view() == entry.second.uri);
-      }
+      require(std::equal(
+          btds.begin(), btds.end(), uris.begin() + 1, uris.end(),
+          [](const auto& entry, const KorWstring& uri) { return uri.view() == entry.second.uri; }));
       break;
     }
     case 6:
       require(names(btds, u"", stub.getBTDNames(out)) == out.view());
       break;
-    case 7:
-      expect(policy, 0xC0000841,
-             [&] { stub.createPolicy(KorWstring(type), KorWstring(name), KorWstring(content), uri); });
-      if (!policy) {
-        ofType[name] = Record{content, proposed.empty() ? u"/apiv1/policy/" + type + u"/" + name : proposed};
-      }
-      require(uri.view() == (policy ? proposed : ofType[name].uri));
-      break;
-    case 9:
-      expect(!policy, 0xC0000841, [&] { stub.getPolicy(KorWstring(type), KorWstring(name), out, uri); });
-      require(out.view() == (policy ? ofType[name].text : u"before") &&
-              uri.view() == (policy ? ofType[name].uri : proposed));
-      break;
-    case 10:
-      expect(!policy, 0xC0000841, [&] { stub.deletePolicy(KorWstring(type), KorWstring(name)); });
-      ofType.erase(name);
-      break;
     case 12: { // Appends to the names it is given, unlike getBTDNames.
       KorWstring joined(proposed);
-      require(names(ofType, proposed, stub.getPolicyNames(KorWstring(type), joined)) == joined.view());
+      require(names(ofType, proposed, stub.getPolicyNames(t, joined)) == joined.view());
       break;
     }
     default:

@@ -1,32 +1,27 @@
-# A session at a terminal, as a person sees it: terminal.py PROGRAM HOME.
+# A session at a terminal, as a person sees it: terminal.py PROGRAM SOURCE_DIR BINARY_DIR.
 import os, pty, select, shutil, signal, sys, time
 
 signal.alarm(60)  # a shell that does not leave fails the test
-
-program, home = sys.argv[1], sys.argv[2]
+program, home = sys.argv[1], sys.argv[3] + "/tests/shell/terminal.home"
 shutil.rmtree(home, ignore_errors=True)
 os.makedirs(home)
 pid, fd = pty.fork()
 if pid == 0:
-    os.environ["HOME"] = home
-    os.execv(program, [program, "--container-kind", "1"])
+    os.execve(program, [program, "--container-kind", "1"], {**os.environ, "HOME": home})
 seen = b""
 
-def expect(text):
+def send(keys, *answers):  # types keys, then waits for each answer and the next prompt
     global seen
-    deadline = time.time() + 10
-    while text.encode() not in seen:
-        if not select.select([fd], [], [], max(0, deadline - time.time()))[0]:
-            sys.exit("expected %r, the terminal shows %r" % (text, seen))
-        seen += os.read(fd, 4096)
-    seen = seen[seen.index(text.encode()) + len(text):]
-
-def send(keys, *answers):
     os.write(fd, keys)
-    for answer in answers + ("legiorrug> ",):
-        expect(answer)
+    for text in answers + ("legiorrug> ",):
+        deadline = time.time() + 10
+        while text.encode() not in seen:
+            if not select.select([fd], [], [], max(0, deadline - time.time()))[0]:
+                sys.exit("expected %r, the terminal shows %r" % (text, seen))
+            seen += os.read(fd, 4096)
+        seen = seen[seen.index(text.encode()) + len(text):]
 
-expect("legiorrug> ")
+send(b"")
 send(b"btdEx\t a\r", "1 btdExists: false")  # Tab completes the name
 send(b"help createBTD\r", "createBTD NAME CONTENT [URI]")
 os.write(fd, b"createBTD half-typed")

@@ -5,59 +5,48 @@
 
 #include <string>
 
-// The test process's JVM: created once, on first use, under -Xcheck:jni,
-// with the class path the test executable was built with. Everything the
-// JVM prints passes through a hook that counts JNI warnings.
+// The test process's JVM, made on first use under -Xcheck:jni with the test's class path;
+// its JNI function table is interposed to count and to fail calls.
 class TestJvm {
 public:
   static JNIEnv* env();
-
-  // JNI warnings so far, except "exceeds capacity" ones, which the listings
-  // cause by design.
+  // JNI warnings printed so far, but for "exceeds capacity", which listings cause by design.
   static int unexpectedJniWarnings();
-
-  // PushLocalFrame minus PopLocalFrame calls made on this thread.
+  // PushLocalFrame minus PopLocalFrame calls on this thread.
   static int localFrameDepth();
-
-  // Global references made through JNI and not deleted yet, on all threads;
-  // unlike the heap roots, the JVM's own do not count.
+  // Global references made through JNI and not deleted yet, on all threads.
   static long liveGlobalReferences();
-
-  // Makes the next NewObject call on this thread return null with no
-  // exception pending, as no real JVM does but a broken one could.
+  // The next NewObject on this thread returns null with no exception, as only a broken JVM does.
   static void failNextNewObject();
-
-  // From now on counts this thread's calls of the JNI functions that can
-  // fail (allocations, method calls, array and string access, frame pushes)
-  // and makes the nth of them fail as the JVM would: null, 0 or JNI_ENOMEM,
-  // with an exception of exceptionClass pending (NewGlobalRef: null only).
+  // Counts this thread's failable JNI calls (allocations, method calls, array and string access, frame
+  // pushes), fails the nth as the JVM would, with an exceptionClass pending (NewGlobalRef: null only).
   static void failNthCall(int n, const char* exceptionClass);
-  // Stops counting; returns the calls counted since failNthCall.
-  static int stopFailingCalls();
-  // Faults injected so far in this process.
+  static int stopFailingCalls(); // answers the calls counted
   static long faultsInjected();
-
-  // A static Java call for test setup; the class is found by the system
-  // class loader. Any Java exception fails the test.
+  // A static Java call for test setup; a Java exception fails the test.
   static jobject callStatic(const char* className, const char* method, const char* signature, ...);
   static jstring string(const std::string& utf8);
-
-  // Empties the reference Java registry, for a test that starts from nothing.
-  static void clearReferenceRegistry();
   static std::string utf8(jobject string);
+  static void clearReferenceRegistry();
 };
 
-// Base of the tests that use the JVM: each test must leave no Java
-// exception pending, no unexpected JNI warning and the thread's local frame
-// depth where it found it.
+// A test that leaves no Java exception pending, no JNI warning and the local frame depth as it found it.
 class JvmTest : public ::testing::Test {
 protected:
-  void SetUp() override;
-  void TearDown() override;
+  void SetUp() override {
+    env = TestJvm::env();
+    warnings_ = TestJvm::unexpectedJniWarnings();
+    frames_ = TestJvm::localFrameDepth();
+  }
+  void TearDown() override {
+    EXPECT_FALSE(env->ExceptionCheck()) << "a Java exception was left pending";
+    EXPECT_EQ(TestJvm::localFrameDepth(), frames_) << "local frames pushed and popped do not match";
+    EXPECT_EQ(TestJvm::unexpectedJniWarnings(), warnings_) << "the JVM printed JNI warnings";
+  }
 
   JNIEnv* env = nullptr;
 
 private:
-  int warningsBefore_ = 0;
-  int framesBefore_ = 0;
+  int warnings_ = 0;
+  int frames_ = 0;
 };

@@ -1,0 +1,103 @@
+# End-to-end tests of the legiorrug shell: check.py PROGRAM SOURCE_DIR BINARY_DIR. Each row runs the program
+# once, in BINARY_DIR, and checks its exit status, its exact standard output (bytes, or a file of cases/),
+# that its standard error matches err and does not match forbid, or is the message says.
+import concurrent.futures, difflib, os, re, shutil, subprocess, sys
+
+program, source, binary = sys.argv[1:]
+cases = source + "/tests/shell/cases/"
+stub, java = "--container-kind 1 ", "--jvm-option=-Xcheck:jni "
+ok = b"createBTD a b\nbtdExists a\n"  # a script with no failing line
+no_jvm = {"JAVA_HOME": "/nonexistent", "LEGIORRUG_LIBJVM": "/nonexistent/libjvm.so", "LD_PRELOAD": ""}
+pool, runs = concurrent.futures.ThreadPoolExecutor(4), []
+
+
+def run(name, args, status, stdin=os.devnull, out=None, err="", forbid=None, says=None, into=None, env={}, bare=False):
+    err = err if says is None else "^" + re.escape("legiorrug: %s\n" % says) + r"\Z"  # all of standard error
+    command = program
+    if bare:  # a copy of the program with no bundled jars beside it
+        os.makedirs(binary + "/tests/shell/bare", exist_ok=True)
+        command = shutil.copy(program, binary + "/tests/shell/bare")
+    given = stdin if isinstance(stdin, bytes) else None
+    stdin = None if given is not None else os.open(stdin, os.O_RDONLY)  # a directory too
+    stdout = os.open("/dev/full", os.O_WRONLY) if into == "full" else subprocess.PIPE
+    if into == "closed pipe":
+        reader, stdout = os.pipe()
+        os.close(reader)
+    done = subprocess.run([command] + args.split(), stdin=stdin, input=given, stdout=stdout, stderr=subprocess.PIPE,
+                          env={**os.environ, **env}, cwd=binary)
+    for descriptor in (stdin, stdout):
+        if descriptor is not None and descriptor >= 0:
+            os.close(descriptor)
+    error, failed = done.stderr.decode(errors="replace"), []
+    if status is not None and done.returncode != status:
+        failed.append("exit status %d, expected %d" % (done.returncode, status))
+    expected = open(cases + out, "rb").read() if isinstance(out, str) else out
+    if expected is not None and done.stdout != expected:
+        diff = difflib.unified_diff(expected.decode().splitlines(), done.stdout.decode().splitlines(), lineterm="")
+        failed.append("standard output differs:\n" + "\n".join(diff))
+    if not re.search(err, error) or (forbid and re.search(forbid, error)):
+        failed.append("standard error does not match %r or matches %r" % (err, forbid))
+    return "%s: legiorrug %s\n%s\nstandard error:\n%s" % (name, args, "\n".join(failed), error) if failed else ""
+
+
+row = lambda *args, **checks: runs.append(pool.submit(run, *args, **checks))
+
+
+# Scripts with their expected output.
+row("stub_session", stub + "--json " + cases + "stub.lgr", 1, out="stub.jsonl")
+row("usage_errors", stub + "--json -f " + cases + "usage.lgr", 2, out="usage.jsonl")
+row("java_session", java + "--json -f " + cases + "java.lgr", 2, out="java.jsonl", forbid="WARNING|Exception")
+row("text_output", stub, 2, stdin=cases + "text.lgr", out="text.out", 
+    err=r'^legiorrug: line 4: unknown command "nope" .*\n\Z')
+for registry in stub, java:
+    row("sample_script", registry + "-f " + source + "/examples/registry.lgr", 1, forbid="WARNING")
+row("byte_order_mark", stub, 0, stdin=b"\xef\xbb\xbfbtdExists a\n")
+# The README's JSON Lines examples print what it shows.
+examples = re.findall(r"^\$ legiorrug ([^\n]*) <<'EOF'\n(.*?)^EOF\n(.*?)^```", open(source + "/README.md").read(),
+                      re.M | re.S)
+for args, script, shown in examples if len(examples) == 2 else sys.exit("expected 2 README examples"):
+    row("readme", args, None, stdin=script.encode(), out=shown.encode())
+
+# Exit statuses and start failures; no libjvm to be found, which the in-memory registry needs not.
+row("all_succeed", stub + "--json -f -", 0, stdin=ok)
+row("no_commands", stub, 0, out=b"")
+for option in "--help", "--version":
+    row(option, option, 0, err=r"^\Z")
+row("bad_option", "--colour", 2, err="--colour")
+row("bad_trace_level", stub + "--trace 6", 2, err="--trace")
+row("missing_script", stub + "-f " + cases + "none.lgr", 2, err="none.lgr")
+row("empty_option_value", "--name= -f x", 2, says="--name needs a value")
+row("one_value_per_option", "--classpath a b", 2, err="cannot read b")
+row("trace_file_unwritable", stub + "--trace 3 --trace-file /nonexistent/trace", 2,
+    says="cannot open the trace file /nonexistent/trace: No such file or directory")
+row("java_without_registry_classes", "--json", 2, stdin=ok, out=b"", bare=True,
+    err="cannot start the registry: DRX3702: .*ISRAdapter_getInstance.*Unable to locate Java class "
+    "com/vantor/broker/isr/ISRAdapter")
+row("unresolved_method", java + "--classpath tests/java/legiorrug-migration-without-migrateisr.jar", 0,
+    err="^legiorrug: Unable to locate Java method or field migrateISR com/vantor/broker/isr/migration/ISRMigration")
+row("stub_without_jvm_or_trace", stub, 0, stdin=ok, env=no_jvm, err=r"^\Z")
+row("java_without_jvm", "--json", 2, stdin=ok, out=b"", env=no_jvm,
+    err="cannot start the Java virtual machine .*tried: /nonexistent/lib/server/libjvm.so.*; /nonexistent/libjvm.so")
+row("bad_jvm_option", "--jvm-option=-Xno-such-option", 2, err="cannot start the Java virtual machine")
+row("jvm_refuses_option", "--json --jvm-option=-Xmx1k", 2, out=b"",
+    err=r"^legiorrug: cannot start the Java virtual machine \(JVM options: -Xmx1k\): .*heap\n\Z")
+row("trace_to_stderr", stub + "--trace 3", 0, stdin=ok, err='entry KorISRAdapterStub::createBTD .* "a" "b" ""\n')
+row("trace_to_file", stub + "--trace 3 --trace-file /dev/stderr", 0, stdin=ok, err="entry KorISRAdapterStub::btdExists")
+for option in "--trace-file /dev/stderr", "--show-java-errors":  # where Java's description of an exception goes
+    row("java_errors", java + option + " -f " + cases + "java.lgr", 2,
+        err='Exception in thread "main" com.*LxRecoverableException')
+
+# Nothing lost behind a zero exit status.
+row("over_long_line", stub, 2, stdin=b"createBTD a b\n" + b"x" * 1048577 + b"\nbtdExists a\n",
+    out=b'1 createBTD: done\n  uri = "/apiv1/business/businesstransactions/a"\n3 btdExists: true\n',
+    says="line 2: the line is longer than 1048576 bytes")
+row("input_is_a_directory", stub, 2, stdin=cases, says="cannot read standard input: Is a directory")
+row("output_full", stub + "--json", 2, stdin=ok, into="full",
+    says="cannot write standard output: No space left on device")
+row("trace_full", stub + "--trace 3 --trace-file /dev/full", 2, stdin=ok,
+    err=r"cannot write the trace to /dev/full: No space left on device\n\Z")
+for registry in stub, java:  # line 4 of the script, a usage error, would show on standard error if it ran
+    row("closed_pipe", registry, 2, stdin=cases + "text.lgr", into="closed pipe",
+        says="cannot write standard output: Broken pipe")
+
+sys.exit("\n\n".join(filter(None, (run.result() for run in runs))) or None)
