@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <limits>
 #include <stdexcept>
@@ -12,6 +13,8 @@
 // Copies share the buffer (a copy allocates nothing); a write to a shared
 // buffer copies it first. Reference counts are atomic, so copies may live on
 // different threads; one KorWstring object is not for concurrent writers.
+// Several texts may share one buffer (see KorWstringBlock): each is a range
+// of it, and the buffer lives while any of them does.
 class KorWstring {
 public:
   using CodeUnit = char16_t;
@@ -44,8 +47,11 @@ public:
   // the first min(old, new) keep their values, the rest are unspecified.
   CodeUnit* resizeForOverwrite(std::size_t length);
 
+  // True for a copy of this text (same buffer, same range), not for another
+  // text of the same block.
   bool sharesBufferWith(const KorWstring& other) const noexcept {
-    return buffer_ != nullptr && buffer_ == other.buffer_;
+    return buffer_ != nullptr && buffer_ == other.buffer_ && offset_ == other.offset_ &&
+           length_ == other.length_;
   }
 
   friend bool operator==(const KorWstring& a, const KorWstring& b) noexcept {
@@ -54,37 +60,64 @@ public:
   friend bool operator!=(const KorWstring& a, const KorWstring& b) noexcept { return !(a == b); }
 
 private:
+  friend class KorWstringBlock;
   struct Buffer;
+  // Takes over one reference the caller holds.
+  KorWstring(Buffer* buffer, std::uint32_t offset, std::uint32_t length) noexcept
+      : buffer_(buffer), offset_(offset), length_(length) {}
   CodeUnit* reserveUnique(std::size_t capacity);
   void release() noexcept;
 
   Buffer* buffer_ = nullptr;
+  std::uint32_t offset_ = 0;
+  std::uint32_t length_ = 0;
 };
 
 // The units follow the header in the same allocation, so a string costs one
-// allocation and a copy none. Defined here so that the readers inline: map
-// lookups compare keys through them.
+// allocation and a copy none. The range sits in the string, so that reading
+// a length touches no buffer.
 struct KorWstring::Buffer {
   std::atomic<std::size_t> references;
-  std::size_t length;
   std::size_t capacity;
 
   CodeUnit* units() noexcept { return reinterpret_cast<CodeUnit*>(this + 1); }
 
-  static constexpr std::size_t maxCapacity() noexcept {
-    return (std::numeric_limits<std::size_t>::max() - sizeof(Buffer)) / sizeof(CodeUnit);
-  }
-  static Buffer* allocate(std::size_t capacity);
+  static constexpr std::size_t maxCapacity() noexcept { return std::numeric_limits<std::uint32_t>::max(); }
+  static Buffer* allocate(std::size_t capacity, std::size_t references = 1);
   static void free(Buffer* buffer) noexcept;
 };
 
 inline std::size_t KorWstring::length() const noexcept {
-  return buffer_ != nullptr ? buffer_->length : 0;
+  return length_;
 }
 
 inline const KorWstring::CodeUnit* KorWstring::data() const noexcept {
-  return buffer_ != nullptr ? buffer_->units() : u"";
+  return buffer_ != nullptr ? buffer_->units() + offset_ : u"";
 }
+
+// One allocation for the many texts of a listing: the caller writes their
+// units, then takes the texts as ranges of it. The texts share the block's
+// one reference count, set once for all of them, so handing one out costs no
+// atomic operation; the block is freed when the last text lets go.
+class KorWstringBlock {
+public:
+  using CodeUnit = KorWstring::CodeUnit;
+
+  // Room for capacity units and at most texts texts.
+  KorWstringBlock(std::size_t capacity, std::size_t texts);
+  KorWstringBlock(const KorWstringBlock&) = delete;
+  KorWstringBlock& operator=(const KorWstringBlock&) = delete;
+  ~KorWstringBlock();
+
+  CodeUnit* units() noexcept;
+  // The units [offset, offset + length); throws std::out_of_range past the
+  // block or past its count of texts. An empty text holds no reference.
+  KorWstring text(std::size_t offset, std::size_t length);
+
+private:
+  KorWstring::Buffer* buffer_;
+  std::size_t unissued_;
+};
 
 class KorWstringEncodingError : public std::invalid_argument {
 public:

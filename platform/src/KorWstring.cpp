@@ -7,13 +7,14 @@
 #include <cwchar>
 #include <limits>
 #include <new>
+#include <utility>
 
-KorWstring::Buffer* KorWstring::Buffer::allocate(std::size_t capacity) {
+KorWstring::Buffer* KorWstring::Buffer::allocate(std::size_t capacity, std::size_t references) {
   if (capacity > maxCapacity()) {
     throw std::length_error("KorWstring too long");
   }
   void* memory = ::operator new(sizeof(Buffer) + capacity * sizeof(CodeUnit));
-  return new (memory) Buffer{{1}, 0, capacity};
+  return new (memory) Buffer{{references}, capacity};
 }
 
 void KorWstring::Buffer::free(Buffer* buffer) noexcept {
@@ -139,18 +140,19 @@ KorWstring::KorWstring(const CodeUnit* units, std::size_t count) {
 
 KorWstring::KorWstring(std::u16string_view units) : KorWstring(units.data(), units.size()) {}
 
-KorWstring::KorWstring(const KorWstring& other) noexcept : buffer_(other.buffer_) {
+KorWstring::KorWstring(const KorWstring& other) noexcept
+    : buffer_(other.buffer_), offset_(other.offset_), length_(other.length_) {
   if (buffer_ != nullptr) {
     buffer_->references.fetch_add(1, std::memory_order_relaxed);
   }
 }
 
-KorWstring::KorWstring(KorWstring&& other) noexcept : buffer_(other.buffer_) {
-  other.buffer_ = nullptr;
-}
+KorWstring::KorWstring(KorWstring&& other) noexcept
+    : buffer_(std::exchange(other.buffer_, nullptr)), offset_(std::exchange(other.offset_, 0)),
+      length_(std::exchange(other.length_, 0)) {}
 
 KorWstring& KorWstring::operator=(const KorWstring& other) noexcept {
-  if (this == &other || buffer_ == other.buffer_) {
+  if (this == &other || sharesBufferWith(other)) {
     return *this;
   }
   if (other.buffer_ != nullptr) {
@@ -158,14 +160,17 @@ KorWstring& KorWstring::operator=(const KorWstring& other) noexcept {
   }
   release();
   buffer_ = other.buffer_;
+  offset_ = other.offset_;
+  length_ = other.length_;
   return *this;
 }
 
 KorWstring& KorWstring::operator=(KorWstring&& other) noexcept {
   if (this != &other) {
     release();
-    buffer_ = other.buffer_;
-    other.buffer_ = nullptr;
+    buffer_ = std::exchange(other.buffer_, nullptr);
+    offset_ = std::exchange(other.offset_, 0);
+    length_ = std::exchange(other.length_, 0);
   }
   return *this;
 }
@@ -174,29 +179,38 @@ KorWstring::~KorWstring() {
   release();
 }
 
+// A count of one is this string's alone: no other thread can be copying it,
+// so the last holder frees without an atomic write.
 void KorWstring::release() noexcept {
-  if (buffer_ != nullptr && buffer_->references.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+  if (buffer_ != nullptr && (buffer_->references.load(std::memory_order_acquire) == 1 ||
+                             buffer_->references.fetch_sub(1, std::memory_order_acq_rel) == 1)) {
     Buffer::free(buffer_);
   }
   buffer_ = nullptr;
+  offset_ = 0;
+  length_ = 0;
 }
 
 KorWstring::CodeUnit* KorWstring::reserveUnique(std::size_t capacity) {
   const bool unique = buffer_ != nullptr && buffer_->references.load(std::memory_order_acquire) == 1;
   if (unique && buffer_->capacity >= capacity) {
+    // The last text of a block may start anywhere in it.
+    if (offset_ != 0) {
+      std::memmove(buffer_->units(), data(), length_ * sizeof(CodeUnit));
+      offset_ = 0;
+    }
     return buffer_->units();
   }
   if (unique) {
     capacity = std::max(capacity, std::min(buffer_->capacity * 2, Buffer::maxCapacity()));
   }
   Buffer* fresh = Buffer::allocate(capacity);
-  if (buffer_ != nullptr) {
-    // A shared buffer may be longer than the capacity asked for.
-    fresh->length = std::min(buffer_->length, capacity);
-    std::memcpy(fresh->units(), buffer_->units(), fresh->length * sizeof(CodeUnit));
-  }
+  // A shared buffer may be longer than the capacity asked for.
+  const auto kept = static_cast<std::uint32_t>(std::min<std::size_t>(length_, capacity));
+  std::memcpy(fresh->units(), data(), kept * sizeof(CodeUnit));
   release();
   buffer_ = fresh;
+  length_ = kept;
   return fresh->units();
 }
 
@@ -215,15 +229,17 @@ KorWstring& KorWstring::append(const CodeUnit* units, std::size_t count) {
   if (count > Buffer::maxCapacity() - oldLength) {
     throw std::length_error("KorWstring too long");
   }
-  // Units taken from this string's own buffer must outlive a reallocation.
+  // Units taken from this string's own buffer must outlive a reallocation,
+  // and a move of this text to the buffer's start.
   KorWstring keepAlive;
   const std::less<const CodeUnit*> before;
-  if (buffer_ != nullptr && !before(units, data()) && before(units, data() + buffer_->capacity)) {
+  if (buffer_ != nullptr && !before(units, buffer_->units()) &&
+      before(units, buffer_->units() + buffer_->capacity)) {
     keepAlive = *this;
   }
   CodeUnit* out = reserveUnique(oldLength + count);
   std::memcpy(out + oldLength, units, count * sizeof(CodeUnit));
-  buffer_->length = oldLength + count;
+  length_ = static_cast<std::uint32_t>(oldLength + count);
   return *this;
 }
 
@@ -231,7 +247,8 @@ KorWstring& KorWstring::append(const CodeUnit* units, std::size_t count) {
 // next, as std::u16string's does.
 void KorWstring::clear() noexcept {
   if (buffer_ != nullptr && buffer_->references.load(std::memory_order_acquire) == 1) {
-    buffer_->length = 0;
+    offset_ = 0;
+    length_ = 0;
   } else {
     release();
   }
@@ -243,8 +260,35 @@ KorWstring::CodeUnit* KorWstring::resizeForOverwrite(std::size_t length) {
     return emptyUnits;
   }
   CodeUnit* units = reserveUnique(length);
-  buffer_->length = length;
+  length_ = static_cast<std::uint32_t>(length);
   return units;
+}
+
+KorWstringBlock::KorWstringBlock(std::size_t capacity, std::size_t texts)
+    : buffer_(capacity != 0 ? KorWstring::Buffer::allocate(capacity, texts + 1) : nullptr), unissued_(texts) {
+}
+
+KorWstringBlock::~KorWstringBlock() {
+  if (buffer_ != nullptr &&
+      buffer_->references.fetch_sub(unissued_ + 1, std::memory_order_acq_rel) == unissued_ + 1) {
+    KorWstring::Buffer::free(buffer_);
+  }
+}
+
+KorWstringBlock::CodeUnit* KorWstringBlock::units() noexcept {
+  return buffer_ != nullptr ? buffer_->units() : emptyUnits;
+}
+
+KorWstring KorWstringBlock::text(std::size_t offset, std::size_t length) {
+  if (length == 0) {
+    return {};
+  }
+  if (buffer_ == nullptr || unissued_ == 0 || offset > buffer_->capacity ||
+      length > buffer_->capacity - offset) {
+    throw std::out_of_range("KorWstringBlock: text past the block");
+  }
+  --unissued_;
+  return {buffer_, static_cast<std::uint32_t>(offset), static_cast<std::uint32_t>(length)};
 }
 
 KorWstring KorWstring::fromUtf8(std::string_view utf8) {

@@ -1,11 +1,12 @@
 #include "KorISRAdapterStub.hpp"
 
-#include "KorJoinedNames.hpp"
+#include "KorListedTexts.hpp"
 #include "KorTracedRaise.hpp"
 
 #include <KorException.hpp>
 #include <KorLog.hpp>
 
+#include <algorithm>
 #include <initializer_list>
 
 namespace {
@@ -165,12 +166,19 @@ void KorISRAdapterStub::deleteBTD(const KorWstring& name) {
 void KorISRAdapterStub::listBTDs(std::vector<KorWstring>& uris) {
   const char* const function = "KorISRAdapterStub::listBTDs";
   const KorLogToken token = tracing() ? KorLog::entry(function) : 0;
+  // Copies of the stored URIs would cost an atomic increment each; one
+  // block for the listing costs one allocation.
+  KorListedTexts texts;
   for (const auto& entry : btds_) {
     if (tracing()) {
       KorLog::trace(function, token, {"Adding URI to result", entry.second.uri});
     }
-    uris.push_back(entry.second.uri);
+    texts.add(entry.second.uri);
   }
+  if (uris.capacity() - uris.size() < texts.size()) {
+    uris.reserve(std::max(uris.size() + texts.size(), 2 * uris.capacity()));
+  }
+  texts.handOut([&uris](KorWstring uri) { uris.push_back(std::move(uri)); });
   if (tracing()) {
     KorLog::exit(function, token);
   }
@@ -179,15 +187,17 @@ void KorISRAdapterStub::listBTDs(std::vector<KorWstring>& uris) {
 std::vector<KorWstring> KorISRAdapterStub::getBTDNames(KorWstring& names) {
   const char* const function = "KorISRAdapterStub::getBTDNames";
   const KorLogToken token = tracing() ? KorLog::entry(function) : 0;
-  std::vector<KorWstring> result;
-  names.clear();
+  KorListedTexts texts;
   for (const auto& entry : btds_) {
     if (tracing()) {
       KorLog::trace(function, token, {"Adding name to result", entry.first});
     }
-    result.push_back(entry.first);
-    korAppendName(names, entry.first);
+    texts.add(entry.first);
   }
+  std::vector<KorWstring> result;
+  result.reserve(texts.size());
+  names.clear();
+  texts.handOutJoined(names, [&result](KorWstring name) { result.push_back(std::move(name)); });
   if (tracing()) {
     KorLog::exit(function, token);
   }
@@ -265,14 +275,16 @@ void KorISRAdapterStub::deletePolicy(const KorWstring& type, const KorWstring& n
 std::vector<KorWstring> KorISRAdapterStub::getPolicyNames(const KorWstring& type, KorWstring& names) {
   const char* const function = "KorISRAdapterStub::getPolicyNames";
   const KorLogToken token = tracing() ? KorLog::entry(function, {type, names}) : 0;
-  std::vector<KorWstring> result;
+  KorListedTexts texts;
   const auto byType = policies_.find(type);
   if (byType != policies_.end()) {
     for (const auto& entry : byType->second) {
-      korAppendName(names, entry.first);
-      result.push_back(entry.first);
+      texts.add(entry.first);
     }
   }
+  std::vector<KorWstring> result;
+  result.reserve(texts.size());
+  texts.handOutJoined(names, [&result](KorWstring name) { result.push_back(std::move(name)); });
   if (tracing()) {
     KorLog::exit(function, token, {result.size()});
   }
