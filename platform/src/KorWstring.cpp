@@ -187,8 +187,7 @@ void KorWstring::release() noexcept {
     Buffer::free(buffer_);
   }
   buffer_ = nullptr;
-  offset_ = 0;
-  length_ = 0;
+  offset_ = length_ = 0;
 }
 
 KorWstring::CodeUnit* KorWstring::reserveUnique(std::size_t capacity) {
