@@ -190,7 +190,11 @@ void KorISRAdapterImpl::listBTDs(std::vector<KorWstring>& uris) {
   KorListedTexts texts;
   walkListing(
       [&] {
-        for (jsize i = 0; i < java.length(btds); ++i) {
+        // The length is read again before every element.
+        for (jsize i = 0, length = java.length(btds); i < length; ++i, length = java.length(btds)) {
+          if (i == 0) {
+            texts.expect(static_cast<std::size_t>(length));
+          }
           jobject btd = java.nonNull(readLabel, java.element(listLabel, btds, i));
           java.requiredText(texts, readLabel, btd, java.manager().btdDocument().getUri);
           if (debugTrace()) {
@@ -220,7 +224,11 @@ std::vector<KorWstring> KorISRAdapterImpl::getBTDNames(KorWstring& names) {
   KorListedTexts texts;
   walkListing(
       [&] {
-        for (jsize i = 0; i < java.length(btds); ++i) {
+        // The length is read again before every element.
+        for (jsize i = 0, length = java.length(btds); i < length; ++i, length = java.length(btds)) {
+          if (i == 0) {
+            texts.expect(static_cast<std::size_t>(length));
+          }
           jobject btd = java.nonNull(readLabel, java.element(listLabel, btds, i));
           java.requiredText(texts, readLabel, btd, java.manager().btdDocument().getName);
           if (debugTrace()) {
@@ -339,6 +347,7 @@ std::vector<KorWstring> KorISRAdapterImpl::getPolicyNames(const KorWstring& type
         jobject policies =
             java.call<jobject>(listLabel, javaAdapter_, adapter.getPoliciesWithoutDoc, javaType);
         jsize count = java.length(policies);
+        texts.expect(static_cast<std::size_t>(count) + 1);
         for (jsize i = 0; i < count; ++i) {
           jobject policy = java.element(listLabel, policies, i);
           if (policy == nullptr) {
@@ -457,6 +466,7 @@ std::vector<KorISRService> KorISRAdapterImpl::getServices() {
       java.call<jobject>(listLabel, javaAdapter_, java.manager().isrAdapter().getServicesWithoutDoc);
   jsize count = java.length(services);
   KorListedTexts texts;
+  texts.expect(2 * static_cast<std::size_t>(count));
   for (jsize i = 0; i < count; ++i) {
     jobject service = java.element(listLabel, services, i);
     if (service == nullptr) {

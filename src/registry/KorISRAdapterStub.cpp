@@ -66,6 +66,24 @@ KorWstring policyUri(const KorWstring& type, const KorWstring& name) {
   return uri;
 }
 
+// A listing of stored texts visits them in key order, twice: their lengths
+// are at hand, so no scratch copy is needed.
+template <typename Map> auto visitKeys(const Map& map) {
+  return [&map](auto&& see) {
+    for (const auto& entry : map) {
+      see(entry.first.data(), entry.first.length());
+    }
+  };
+}
+
+template <typename Map> auto visitUris(const Map& map) {
+  return [&map](auto&& see) {
+    for (const auto& entry : map) {
+      see(entry.second.uri.data(), entry.second.uri.length());
+    }
+  };
+}
+
 KorISRAdapterStub::Policy* findPolicy(PolicyStore& policies, const KorWstring& type, const KorWstring& name) {
   const auto byType = policies.find(type);
   if (byType == policies.end()) {
@@ -168,17 +186,15 @@ void KorISRAdapterStub::listBTDs(std::vector<KorWstring>& uris) {
   const KorLogToken token = tracing() ? KorLog::entry(function) : 0;
   // Copies of the stored URIs would cost an atomic increment each; one
   // block for the listing costs one allocation.
-  KorListedTexts texts;
-  for (const auto& entry : btds_) {
-    if (tracing()) {
+  if (tracing()) {
+    for (const auto& entry : btds_) {
       KorLog::trace(function, token, {"Adding URI to result", entry.second.uri});
     }
-    texts.add(entry.second.uri);
   }
-  if (uris.capacity() - uris.size() < texts.size()) {
-    uris.reserve(std::max(uris.size() + texts.size(), 2 * uris.capacity()));
+  if (uris.capacity() - uris.size() < btds_.size()) {
+    uris.reserve(std::max(uris.size() + btds_.size(), 2 * uris.capacity()));
   }
-  texts.handOut([&uris](KorWstring uri) { uris.push_back(std::move(uri)); });
+  korHandOut(btds_.size(), visitUris(btds_), [&uris](KorWstring uri) { uris.push_back(std::move(uri)); });
   if (tracing()) {
     KorLog::exit(function, token);
   }
@@ -187,17 +203,16 @@ void KorISRAdapterStub::listBTDs(std::vector<KorWstring>& uris) {
 std::vector<KorWstring> KorISRAdapterStub::getBTDNames(KorWstring& names) {
   const char* const function = "KorISRAdapterStub::getBTDNames";
   const KorLogToken token = tracing() ? KorLog::entry(function) : 0;
-  KorListedTexts texts;
-  for (const auto& entry : btds_) {
-    if (tracing()) {
+  if (tracing()) {
+    for (const auto& entry : btds_) {
       KorLog::trace(function, token, {"Adding name to result", entry.first});
     }
-    texts.add(entry.first);
   }
   std::vector<KorWstring> result;
-  result.reserve(texts.size());
+  result.reserve(btds_.size());
   names.clear();
-  texts.handOutJoined(names, [&result](KorWstring name) { result.push_back(std::move(name)); });
+  korHandOutJoined(btds_.size(), visitKeys(btds_), names,
+                   [&result](KorWstring name) { result.push_back(std::move(name)); });
   if (tracing()) {
     KorLog::exit(function, token);
   }
@@ -275,16 +290,13 @@ void KorISRAdapterStub::deletePolicy(const KorWstring& type, const KorWstring& n
 std::vector<KorWstring> KorISRAdapterStub::getPolicyNames(const KorWstring& type, KorWstring& names) {
   const char* const function = "KorISRAdapterStub::getPolicyNames";
   const KorLogToken token = tracing() ? KorLog::entry(function, {type, names}) : 0;
-  KorListedTexts texts;
+  std::vector<KorWstring> result;
   const auto byType = policies_.find(type);
   if (byType != policies_.end()) {
-    for (const auto& entry : byType->second) {
-      texts.add(entry.first);
-    }
+    result.reserve(byType->second.size());
+    korHandOutJoined(byType->second.size(), visitKeys(byType->second), names,
+                     [&result](KorWstring name) { result.push_back(std::move(name)); });
   }
-  std::vector<KorWstring> result;
-  result.reserve(texts.size());
-  texts.handOutJoined(names, [&result](KorWstring name) { result.push_back(std::move(name)); });
   if (tracing()) {
     KorLog::exit(function, token, {result.size()});
   }
