@@ -258,6 +258,12 @@ KorWstring::CodeUnit* KorWstring::resizeForOverwrite(std::size_t length) {
     release();
     return emptyUnits;
   }
+  // A text read from Java lands in an empty string: nothing to keep or release.
+  if (buffer_ == nullptr) {
+    buffer_ = Buffer::allocate(length);
+    length_ = static_cast<std::uint32_t>(length);
+    return buffer_->units();
+  }
   CodeUnit* units = reserveUnique(length);
   length_ = static_cast<std::uint32_t>(length);
   return units;
