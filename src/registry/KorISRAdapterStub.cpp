@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <string_view>
 
 namespace {
 
@@ -66,23 +67,25 @@ KorWstring policyUri(const KorWstring& type, const KorWstring& name) {
   return uri;
 }
 
-// A listing of stored texts visits them in key order, twice: their lengths
-// are at hand, so no scratch copy is needed.
-template <typename Map> auto visitKeys(const Map& map) {
-  return [&map](auto&& see) {
-    for (const auto& entry : map) {
-      see(entry.first.data(), entry.first.length());
-    }
-  };
-}
+// Where a listing's stored texts are, collected in one walk of the store:
+// handing them out takes two passes, which then read this instead of the
+// store's scattered nodes.
+class StoredTexts {
+public:
+  explicit StoredTexts(std::size_t count) { views_.reserve(count); }
+  void add(const KorWstring& text) { views_.push_back(text.view()); }
+  std::size_t size() const noexcept { return views_.size(); }
+  auto visitor() const {
+    return [this](auto&& see) {
+      for (const std::u16string_view view : views_) {
+        see(view.data(), view.size());
+      }
+    };
+  }
 
-template <typename Map> auto visitUris(const Map& map) {
-  return [&map](auto&& see) {
-    for (const auto& entry : map) {
-      see(entry.second.uri.data(), entry.second.uri.length());
-    }
-  };
-}
+private:
+  std::vector<std::u16string_view> views_;
+};
 
 KorISRAdapterStub::Policy* findPolicy(PolicyStore& policies, const KorWstring& type, const KorWstring& name) {
   const auto byType = policies.find(type);
@@ -186,15 +189,17 @@ void KorISRAdapterStub::listBTDs(std::vector<KorWstring>& uris) {
   const KorLogToken token = tracing() ? KorLog::entry(function) : 0;
   // Copies of the stored URIs would cost an atomic increment each; one
   // block for the listing costs one allocation.
-  if (tracing()) {
-    for (const auto& entry : btds_) {
+  StoredTexts stored(btds_.size());
+  for (const auto& entry : btds_) {
+    if (tracing()) {
       KorLog::trace(function, token, {"Adding URI to result", entry.second.uri});
     }
+    stored.add(entry.second.uri);
   }
-  if (uris.capacity() - uris.size() < btds_.size()) {
-    uris.reserve(std::max(uris.size() + btds_.size(), 2 * uris.capacity()));
+  if (uris.capacity() - uris.size() < stored.size()) {
+    uris.reserve(std::max(uris.size() + stored.size(), 2 * uris.capacity()));
   }
-  korHandOut(btds_.size(), visitUris(btds_), [&uris](KorWstring uri) { uris.push_back(std::move(uri)); });
+  korHandOut(stored.size(), stored.visitor(), [&uris](KorWstring uri) { uris.push_back(std::move(uri)); });
   if (tracing()) {
     KorLog::exit(function, token);
   }
@@ -203,15 +208,17 @@ void KorISRAdapterStub::listBTDs(std::vector<KorWstring>& uris) {
 std::vector<KorWstring> KorISRAdapterStub::getBTDNames(KorWstring& names) {
   const char* const function = "KorISRAdapterStub::getBTDNames";
   const KorLogToken token = tracing() ? KorLog::entry(function) : 0;
-  if (tracing()) {
-    for (const auto& entry : btds_) {
+  StoredTexts stored(btds_.size());
+  for (const auto& entry : btds_) {
+    if (tracing()) {
       KorLog::trace(function, token, {"Adding name to result", entry.first});
     }
+    stored.add(entry.first);
   }
   std::vector<KorWstring> result;
-  result.reserve(btds_.size());
+  result.reserve(stored.size());
   names.clear();
-  korHandOutJoined(btds_.size(), visitKeys(btds_), names,
+  korHandOutJoined(stored.size(), stored.visitor(), names,
                    [&result](KorWstring name) { result.push_back(std::move(name)); });
   if (tracing()) {
     KorLog::exit(function, token);
@@ -293,8 +300,12 @@ std::vector<KorWstring> KorISRAdapterStub::getPolicyNames(const KorWstring& type
   std::vector<KorWstring> result;
   const auto byType = policies_.find(type);
   if (byType != policies_.end()) {
-    result.reserve(byType->second.size());
-    korHandOutJoined(byType->second.size(), visitKeys(byType->second), names,
+    StoredTexts stored(byType->second.size());
+    for (const auto& entry : byType->second) {
+      stored.add(entry.first);
+    }
+    result.reserve(stored.size());
+    korHandOutJoined(stored.size(), stored.visitor(), names,
                      [&result](KorWstring name) { result.push_back(std::move(name)); });
   }
   if (tracing()) {
