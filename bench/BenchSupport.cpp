@@ -16,12 +16,13 @@ thread_local std::uint64_t threadAllocations = 0;
 
 // Counting replacements: every allocation in the process, through operator
 // new or the C allocator, passes through malloc, calloc or realloc here.
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-inconsistent-declaration-parameter-name): glibc's own
+// allocator and its names.
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* memory, std::size_t size);
 
-// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name): glibc names them otherwise.
 void* malloc(std::size_t size) noexcept {
   ++threadAllocations;
   return __libc_malloc(size);
@@ -36,8 +37,8 @@ void* realloc(void* memory, std::size_t size) noexcept {
   ++threadAllocations;
   return __libc_realloc(memory, size);
 }
-// NOLINTEND(readability-inconsistent-declaration-parameter-name)
 }
+// NOLINTEND(bugprone-reserved-identifier,readability-inconsistent-declaration-parameter-name)
 
 void* operator new(std::size_t size) {
   if (void* memory = std::malloc(size != 0 ? size : 1)) {

@@ -90,10 +90,8 @@ public:
     return KorWstring(scratch_.units + start, end() - start);
   }
 
-  template <typename Each> void handOut(Each&& each) const { korHandOut(size(), visitor(), each); }
-  template <typename Each> void handOutJoined(KorWstring& joined, Each&& each) const {
-    korHandOutJoined(size(), visitor(), joined, each);
-  }
+  template <typename Each> void handOut(Each&& each) const;
+  template <typename Each> void handOutJoined(KorWstring& joined, Each&& each) const;
 
 private:
   // Units grow by realloc: no zero fill, and a large block moves by
@@ -148,3 +146,12 @@ private:
   Scratch scratch_;
   std::size_t pending_ = 0;
 };
+
+// Defined once the class is complete, which visitor's deduced type needs.
+template <typename Each> void KorListedTexts::handOut(Each&& each) const {
+  korHandOut(size(), visitor(), each);
+}
+
+template <typename Each> void KorListedTexts::handOutJoined(KorWstring& joined, Each&& each) const {
+  korHandOutJoined(size(), visitor(), joined, each);
+}
