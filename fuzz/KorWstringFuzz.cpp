@@ -110,9 +110,8 @@ void block(std::u16string_view units) {
   std::vector<KorWstring> texts;
   {
     KorWstringBlock block(units.size(), 3);
-    std::copy(units.begin(), units.end(), block.units());
     for (std::size_t i = 0; i < 3; ++i) {
-      texts.push_back(block.text(cuts[i], cuts[i + 1] - cuts[i]));
+      texts.push_back(block.text(units.data() + cuts[i], cuts[i + 1] - cuts[i]));
     }
   }
   order(texts[0], texts[1], texts[2]);

@@ -13,8 +13,8 @@
 // Copies share the buffer (a copy allocates nothing); a write to a shared
 // buffer copies it first. Reference counts are atomic, so copies may live on
 // different threads; one KorWstring object is not for concurrent writers.
-// Several texts may share one buffer (see KorWstringBlock): each is a range
-// of it, and the buffer lives while any of them does.
+// Several texts may share one allocation (see KorWstringBlock), which lives
+// while any of them does.
 class KorWstring {
 public:
   using CodeUnit = char16_t;
@@ -47,11 +47,9 @@ public:
   // the first min(old, new) keep their values, the rest are unspecified.
   CodeUnit* resizeForOverwrite(std::size_t length);
 
-  // True for a copy of this text (same buffer, same range), not for another
-  // text of the same block.
+  // True for a copy of this text, not for another text of the same block.
   bool sharesBufferWith(const KorWstring& other) const noexcept {
-    return buffer_ != nullptr && buffer_ == other.buffer_ && offset_ == other.offset_ &&
-           length_ == other.length_;
+    return header_ != nullptr && header_ == other.header_;
   }
 
   friend bool operator==(const KorWstring& a, const KorWstring& b) noexcept {
@@ -61,61 +59,63 @@ public:
 
 private:
   friend class KorWstringBlock;
-  struct Buffer;
+  struct Header;
   // Takes over one reference the caller holds.
-  KorWstring(Buffer* buffer, std::uint32_t offset, std::uint32_t length) noexcept
-      : buffer_(buffer), offset_(offset), length_(length) {}
+  explicit KorWstring(Header* header) noexcept : header_(header) {}
   CodeUnit* reserveUnique(std::size_t capacity);
   void release() noexcept;
 
-  Buffer* buffer_ = nullptr;
-  std::uint32_t offset_ = 0;
-  std::uint32_t length_ = 0;
+  Header* header_ = nullptr;
 };
 
-// The units follow the header in the same allocation, so a string costs one
-// allocation and a copy none. The range sits in the string, so that reading
-// a length touches no buffer.
-struct KorWstring::Buffer {
-  std::atomic<std::size_t> references;
-  std::size_t capacity;
+// The units follow the header, so a string costs one allocation, a copy
+// none, and a length and its units sit together. The reference count starts
+// the allocation: a buffer's own, or the one count of a block (see
+// KorWstringBlock) that all its texts share.
+struct KorWstring::Header {
+  std::atomic<std::size_t>* references;
+  std::uint32_t length;
+  std::uint32_t capacity;
 
   CodeUnit* units() noexcept { return reinterpret_cast<CodeUnit*>(this + 1); }
 
   static constexpr std::size_t maxCapacity() noexcept { return std::numeric_limits<std::uint32_t>::max(); }
-  static Buffer* allocate(std::size_t capacity, std::size_t references = 1);
-  static void free(Buffer* buffer) noexcept;
+  static Header* allocate(std::size_t capacity);
+  static void free(Header* header) noexcept;
 };
 
 inline std::size_t KorWstring::length() const noexcept {
-  return length_;
+  return header_ != nullptr ? header_->length : 0;
 }
 
 inline const KorWstring::CodeUnit* KorWstring::data() const noexcept {
-  return buffer_ != nullptr ? buffer_->units() + offset_ : u"";
+  return header_ != nullptr ? header_->units() : u"";
 }
 
-// One allocation for the many texts of a listing: the caller writes their
-// units, then takes the texts as ranges of it. The texts share the block's
-// one reference count, set once for all of them, so handing one out costs no
-// atomic operation; the block is freed when the last text lets go.
+// One allocation for the many texts of a listing, each with its header in
+// it. The texts share the block's one reference count, set once for all of
+// them, so handing one out costs no atomic operation; the block is freed when
+// the last text lets go.
 class KorWstringBlock {
 public:
   using CodeUnit = KorWstring::CodeUnit;
 
-  // Room for capacity units and at most texts texts.
-  KorWstringBlock(std::size_t capacity, std::size_t texts);
+  // Room for texts texts of units units in all.
+  KorWstringBlock(std::size_t units, std::size_t texts);
   KorWstringBlock(const KorWstringBlock&) = delete;
   KorWstringBlock& operator=(const KorWstringBlock&) = delete;
   ~KorWstringBlock();
 
-  CodeUnit* units() noexcept;
-  // The units [offset, offset + length); throws std::out_of_range past the
-  // block or past its count of texts. An empty text holds no reference.
-  KorWstring text(std::size_t offset, std::size_t length);
+  // The next text, a copy of the units given; throws std::out_of_range past
+  // the block's units or texts. An empty text holds no reference.
+  KorWstring text(const CodeUnit* units, std::size_t length);
+  // As above; the caller writes the text's units through units.
+  KorWstring text(std::size_t length, CodeUnit*& units);
 
 private:
-  KorWstring::Buffer* buffer_;
+  std::atomic<std::size_t>* references_ = nullptr;
+  char* next_ = nullptr;
+  std::size_t units_;
   std::size_t unissued_;
 };
 

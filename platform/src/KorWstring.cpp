@@ -9,17 +9,26 @@
 #include <new>
 #include <utility>
 
-KorWstring::Buffer* KorWstring::Buffer::allocate(std::size_t capacity, std::size_t references) {
+using KorWstringReferences = std::atomic<std::size_t>;
+
+// One pointer, as small as a map key can be.
+static_assert(sizeof(KorWstring) == sizeof(void*));
+
+KorWstring::Header* KorWstring::Header::allocate(std::size_t capacity) {
   if (capacity > maxCapacity()) {
     throw std::length_error("KorWstring too long");
   }
-  void* memory = ::operator new(sizeof(Buffer) + capacity * sizeof(CodeUnit));
-  return new (memory) Buffer{{references}, capacity};
+  static_assert(sizeof(KorWstringReferences) % alignof(Header) == 0 &&
+                sizeof(Header) % alignof(CodeUnit) == 0);
+  void* memory = ::operator new(sizeof(KorWstringReferences) + sizeof(Header) + capacity * sizeof(CodeUnit));
+  auto* references = new (memory) KorWstringReferences(1);
+  return new (references + 1) Header{references, 0, static_cast<std::uint32_t>(capacity)};
 }
 
-void KorWstring::Buffer::free(Buffer* buffer) noexcept {
-  buffer->~Buffer();
-  ::operator delete(buffer);
+void KorWstring::Header::free(Header* header) noexcept {
+  KorWstringReferences* references = header->references;
+  references->~KorWstringReferences();
+  ::operator delete(references);
 }
 
 static_assert(sizeof(KorWstring::CodeUnit) == 2 && alignof(KorWstring::CodeUnit) <= alignof(std::size_t));
@@ -140,37 +149,30 @@ KorWstring::KorWstring(const CodeUnit* units, std::size_t count) {
 
 KorWstring::KorWstring(std::u16string_view units) : KorWstring(units.data(), units.size()) {}
 
-KorWstring::KorWstring(const KorWstring& other) noexcept
-    : buffer_(other.buffer_), offset_(other.offset_), length_(other.length_) {
-  if (buffer_ != nullptr) {
-    buffer_->references.fetch_add(1, std::memory_order_relaxed);
+KorWstring::KorWstring(const KorWstring& other) noexcept : header_(other.header_) {
+  if (header_ != nullptr) {
+    header_->references->fetch_add(1, std::memory_order_relaxed);
   }
 }
 
-KorWstring::KorWstring(KorWstring&& other) noexcept
-    : buffer_(std::exchange(other.buffer_, nullptr)), offset_(std::exchange(other.offset_, 0)),
-      length_(std::exchange(other.length_, 0)) {}
+KorWstring::KorWstring(KorWstring&& other) noexcept : header_(std::exchange(other.header_, nullptr)) {}
 
 KorWstring& KorWstring::operator=(const KorWstring& other) noexcept {
-  if (this == &other || sharesBufferWith(other)) {
+  if (header_ == other.header_) {
     return *this;
   }
-  if (other.buffer_ != nullptr) {
-    other.buffer_->references.fetch_add(1, std::memory_order_relaxed);
+  if (other.header_ != nullptr) {
+    other.header_->references->fetch_add(1, std::memory_order_relaxed);
   }
   release();
-  buffer_ = other.buffer_;
-  offset_ = other.offset_;
-  length_ = other.length_;
+  header_ = other.header_;
   return *this;
 }
 
 KorWstring& KorWstring::operator=(KorWstring&& other) noexcept {
   if (this != &other) {
     release();
-    buffer_ = std::exchange(other.buffer_, nullptr);
-    offset_ = std::exchange(other.offset_, 0);
-    length_ = std::exchange(other.length_, 0);
+    header_ = std::exchange(other.header_, nullptr);
   }
   return *this;
 }
@@ -182,39 +184,34 @@ KorWstring::~KorWstring() {
 // A count of one is this string's alone: no other thread can be copying it,
 // so the last holder frees without an atomic write.
 void KorWstring::release() noexcept {
-  if (buffer_ != nullptr && (buffer_->references.load(std::memory_order_acquire) == 1 ||
-                             buffer_->references.fetch_sub(1, std::memory_order_acq_rel) == 1)) {
-    Buffer::free(buffer_);
+  if (header_ != nullptr && (header_->references->load(std::memory_order_acquire) == 1 ||
+                             header_->references->fetch_sub(1, std::memory_order_acq_rel) == 1)) {
+    Header::free(header_);
   }
-  buffer_ = nullptr;
-  offset_ = length_ = 0;
+  header_ = nullptr;
 }
 
+// The last text left of a block is unique too, and writes in place within
+// its own units.
 KorWstring::CodeUnit* KorWstring::reserveUnique(std::size_t capacity) {
-  const bool unique = buffer_ != nullptr && buffer_->references.load(std::memory_order_acquire) == 1;
-  if (unique && buffer_->capacity >= capacity) {
-    // The last text of a block may start anywhere in it.
-    if (offset_ != 0) {
-      std::memmove(buffer_->units(), data(), length_ * sizeof(CodeUnit));
-      offset_ = 0;
-    }
-    return buffer_->units();
+  const bool unique = header_ != nullptr && header_->references->load(std::memory_order_acquire) == 1;
+  if (unique && header_->capacity >= capacity) {
+    return header_->units();
   }
   if (unique) {
-    capacity = std::max(capacity, std::min(buffer_->capacity * 2, Buffer::maxCapacity()));
+    capacity = std::max(capacity, std::min(std::size_t{header_->capacity} * 2, Header::maxCapacity()));
   }
-  Buffer* fresh = Buffer::allocate(capacity);
+  Header* fresh = Header::allocate(capacity);
   // A shared buffer may be longer than the capacity asked for.
-  const auto kept = static_cast<std::uint32_t>(std::min<std::size_t>(length_, capacity));
-  std::memcpy(fresh->units(), data(), kept * sizeof(CodeUnit));
+  fresh->length = static_cast<std::uint32_t>(std::min<std::size_t>(length(), capacity));
+  std::memcpy(fresh->units(), data(), fresh->length * sizeof(CodeUnit));
   release();
-  buffer_ = fresh;
-  length_ = kept;
+  header_ = fresh;
   return fresh->units();
 }
 
 KorWstring& KorWstring::operator+=(const KorWstring& tail) {
-  if (buffer_ == nullptr) {
+  if (header_ == nullptr) {
     return *this = tail;
   }
   return append(tail.data(), tail.length());
@@ -225,29 +222,26 @@ KorWstring& KorWstring::append(const CodeUnit* units, std::size_t count) {
     return *this;
   }
   const std::size_t oldLength = length();
-  if (count > Buffer::maxCapacity() - oldLength) {
+  if (count > Header::maxCapacity() - oldLength) {
     throw std::length_error("KorWstring too long");
   }
-  // Units taken from this string's own buffer must outlive a reallocation,
-  // and a move of this text to the buffer's start.
+  // Units taken from this string's own buffer must outlive a reallocation.
   KorWstring keepAlive;
   const std::less<const CodeUnit*> before;
-  if (buffer_ != nullptr && !before(units, buffer_->units()) &&
-      before(units, buffer_->units() + buffer_->capacity)) {
+  if (header_ != nullptr && !before(units, data()) && before(units, data() + header_->capacity)) {
     keepAlive = *this;
   }
   CodeUnit* out = reserveUnique(oldLength + count);
   std::memcpy(out + oldLength, units, count * sizeof(CodeUnit));
-  length_ = static_cast<std::uint32_t>(oldLength + count);
+  header_->length = static_cast<std::uint32_t>(oldLength + count);
   return *this;
 }
 
 // A buffer this string alone holds keeps its capacity for what is appended
 // next, as std::u16string's does.
 void KorWstring::clear() noexcept {
-  if (buffer_ != nullptr && buffer_->references.load(std::memory_order_acquire) == 1) {
-    offset_ = 0;
-    length_ = 0;
+  if (header_ != nullptr && header_->references->load(std::memory_order_acquire) == 1) {
+    header_->length = 0;
   } else {
     release();
   }
@@ -259,41 +253,65 @@ KorWstring::CodeUnit* KorWstring::resizeForOverwrite(std::size_t length) {
     return emptyUnits;
   }
   // A text read from Java lands in an empty string: nothing to keep or release.
-  if (buffer_ == nullptr) {
-    buffer_ = Buffer::allocate(length);
-    length_ = static_cast<std::uint32_t>(length);
-    return buffer_->units();
+  CodeUnit* units = nullptr;
+  if (header_ == nullptr) {
+    header_ = Header::allocate(length);
+    units = header_->units();
+  } else {
+    units = reserveUnique(length);
   }
-  CodeUnit* units = reserveUnique(length);
-  length_ = static_cast<std::uint32_t>(length);
+  header_->length = static_cast<std::uint32_t>(length);
   return units;
 }
 
-KorWstringBlock::KorWstringBlock(std::size_t capacity, std::size_t texts)
-    : buffer_(capacity != 0 ? KorWstring::Buffer::allocate(capacity, texts + 1) : nullptr), unissued_(texts) {
+KorWstringBlock::KorWstringBlock(std::size_t units, std::size_t texts) : units_(units), unissued_(texts) {
+  if (units == 0) {
+    return;
+  }
+  if (units > KorWstring::Header::maxCapacity() || texts > KorWstring::Header::maxCapacity()) {
+    throw std::length_error("KorWstringBlock too long");
+  }
+  // Each text pads its units to the next header by less than one alignment.
+  void* memory = ::operator new(sizeof(KorWstringReferences) +
+                                texts * (sizeof(KorWstring::Header) + alignof(KorWstring::Header) - 1) +
+                                units * sizeof(CodeUnit));
+  references_ = new (memory) KorWstringReferences(texts + 1);
+  next_ = reinterpret_cast<char*>(references_ + 1);
 }
 
 KorWstringBlock::~KorWstringBlock() {
-  if (buffer_ != nullptr &&
-      buffer_->references.fetch_sub(unissued_ + 1, std::memory_order_acq_rel) == unissued_ + 1) {
-    KorWstring::Buffer::free(buffer_);
+  if (references_ != nullptr &&
+      references_->fetch_sub(unissued_ + 1, std::memory_order_acq_rel) == unissued_ + 1) {
+    references_->~KorWstringReferences();
+    ::operator delete(references_);
   }
 }
 
-KorWstringBlock::CodeUnit* KorWstringBlock::units() noexcept {
-  return buffer_ != nullptr ? buffer_->units() : emptyUnits;
-}
-
-KorWstring KorWstringBlock::text(std::size_t offset, std::size_t length) {
+KorWstring KorWstringBlock::text(std::size_t length, CodeUnit*& units) {
   if (length == 0) {
+    units = emptyUnits;
     return {};
   }
-  if (buffer_ == nullptr || unissued_ == 0 || offset > buffer_->capacity ||
-      length > buffer_->capacity - offset) {
+  if (unissued_ == 0 || length > units_) {
     throw std::out_of_range("KorWstringBlock: text past the block");
   }
+  auto* header = new (next_)
+      KorWstring::Header{references_, static_cast<std::uint32_t>(length), static_cast<std::uint32_t>(length)};
+  constexpr std::size_t align = alignof(KorWstring::Header);
+  next_ += (sizeof(KorWstring::Header) + length * sizeof(CodeUnit) + align - 1) / align * align;
+  units_ -= length;
   --unissued_;
-  return {buffer_, static_cast<std::uint32_t>(offset), static_cast<std::uint32_t>(length)};
+  units = header->units();
+  return KorWstring(header);
+}
+
+KorWstring KorWstringBlock::text(const CodeUnit* units, std::size_t length) {
+  CodeUnit* out = nullptr;
+  KorWstring result = text(length, out);
+  if (length != 0) {
+    std::memcpy(out, units, length * sizeof(CodeUnit));
+  }
+  return result;
 }
 
 KorWstring KorWstring::fromUtf8(std::string_view utf8) {

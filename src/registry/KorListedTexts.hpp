@@ -10,36 +10,33 @@
 #include <utility>
 #include <vector>
 
-// A listing's texts handed out as ranges of one block: one allocation for
-// all of them, and no atomic operation per text. visit(see) calls
-// see(units, length) for every text, in order, and is called twice: once to
-// size the block, once to fill it; each(text) then takes every text.
+// A listing's texts handed out from one block: one allocation for all of
+// them, and no atomic operation per text. visit(see) calls see(units, length)
+// for every text, in order, and is called twice: once to size the block, once
+// to fill it; each(text) then takes every text.
 template <typename Visit, typename Each> void korHandOut(std::size_t count, Visit&& visit, Each&& each) {
   std::size_t total = 0;
   visit([&total](const KorWstring::CodeUnit*, std::size_t length) { total += length; });
   KorWstringBlock block(total, count);
-  std::size_t written = 0;
-  visit([&](const KorWstring::CodeUnit* units, std::size_t length) {
-    if (length != 0) {
-      std::memcpy(block.units() + written, units, length * sizeof(KorWstring::CodeUnit));
-    }
-    each(block.text(written, length));
-    written += length;
-  });
+  visit([&](const KorWstring::CodeUnit* units, std::size_t length) { each(block.text(units, length)); });
 }
 
-// As korHandOut, and appends the texts to joined in the same block: each
-// follows one space (U+0020) unless joined is still empty at that point.
+// As korHandOut, and appends the texts to joined, a text of the same block:
+// each follows one space (U+0020) unless joined is still empty at that point.
 template <typename Visit, typename Each>
 void korHandOutJoined(std::size_t count, Visit&& visit, KorWstring& joined, Each&& each) {
   if (count == 0) {
     return;
   }
+  std::size_t texts = 0;
   std::size_t total = joined.length();
-  visit(
-      [&total](const KorWstring::CodeUnit*, std::size_t length) { total += (total != 0 ? 1 : 0) + length; });
-  KorWstringBlock block(total, count + 1);
-  KorWstring::CodeUnit* out = block.units();
+  visit([&](const KorWstring::CodeUnit*, std::size_t length) {
+    texts += length;
+    total += (total != 0 ? 1 : 0) + length;
+  });
+  KorWstringBlock block(texts + total, count + 1);
+  KorWstring::CodeUnit* out = nullptr;
+  KorWstring whole = block.text(total, out);
   std::memcpy(out, joined.data(), joined.length() * sizeof(KorWstring::CodeUnit));
   std::size_t written = joined.length();
   visit([&](const KorWstring::CodeUnit* units, std::size_t length) {
@@ -49,10 +46,10 @@ void korHandOutJoined(std::size_t count, Visit&& visit, KorWstring& joined, Each
     if (length != 0) {
       std::memcpy(out + written, units, length * sizeof(KorWstring::CodeUnit));
     }
-    each(block.text(written, length));
     written += length;
+    each(block.text(units, length));
   });
-  joined = block.text(0, total);
+  joined = std::move(whole);
 }
 
 // The texts of a listing read one by one (from Java), gathered in scratch
