@@ -3,8 +3,10 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <limits>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -109,15 +111,47 @@ public:
   // The next text, a copy of the units given; throws std::out_of_range past
   // the block's units or texts. An empty text holds no reference.
   KorWstring text(const CodeUnit* units, std::size_t length);
-  // As above; the caller writes the text's units through units.
+  // As above; the caller writes the text's units through units (null for
+  // an empty text).
   KorWstring text(std::size_t length, CodeUnit*& units);
 
 private:
+  [[noreturn]] static void throwPast();
+
   std::atomic<std::size_t>* references_ = nullptr;
   char* next_ = nullptr;
   std::size_t units_;
   std::size_t unissued_;
 };
+
+// Inline: listings hand out a text per item.
+inline KorWstring KorWstringBlock::text(std::size_t length, CodeUnit*& units) {
+  if (length == 0) {
+    units = nullptr;
+    return {};
+  }
+  if (unissued_ == 0 || length > units_) {
+    throwPast();
+  }
+  auto* header = new (next_)
+      KorWstring::Header{references_, static_cast<std::uint32_t>(length), static_cast<std::uint32_t>(length)};
+  // Each text's header starts on the header's alignment.
+  constexpr std::size_t align = alignof(KorWstring::Header);
+  next_ += (sizeof(KorWstring::Header) + length * sizeof(CodeUnit) + align - 1) / align * align;
+  units_ -= length;
+  --unissued_;
+  units = header->units();
+  return KorWstring(header);
+}
+
+inline KorWstring KorWstringBlock::text(const CodeUnit* units, std::size_t length) {
+  CodeUnit* out = nullptr;
+  KorWstring result = text(length, out);
+  if (length != 0) {
+    std::memcpy(out, units, length * sizeof(CodeUnit));
+  }
+  return result;
+}
 
 class KorWstringEncodingError : public std::invalid_argument {
 public:

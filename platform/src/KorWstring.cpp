@@ -287,31 +287,8 @@ KorWstringBlock::~KorWstringBlock() {
   }
 }
 
-KorWstring KorWstringBlock::text(std::size_t length, CodeUnit*& units) {
-  if (length == 0) {
-    units = emptyUnits;
-    return {};
-  }
-  if (unissued_ == 0 || length > units_) {
-    throw std::out_of_range("KorWstringBlock: text past the block");
-  }
-  auto* header = new (next_)
-      KorWstring::Header{references_, static_cast<std::uint32_t>(length), static_cast<std::uint32_t>(length)};
-  constexpr std::size_t align = alignof(KorWstring::Header);
-  next_ += (sizeof(KorWstring::Header) + length * sizeof(CodeUnit) + align - 1) / align * align;
-  units_ -= length;
-  --unissued_;
-  units = header->units();
-  return KorWstring(header);
-}
-
-KorWstring KorWstringBlock::text(const CodeUnit* units, std::size_t length) {
-  CodeUnit* out = nullptr;
-  KorWstring result = text(length, out);
-  if (length != 0) {
-    std::memcpy(out, units, length * sizeof(CodeUnit));
-  }
-  return result;
+void KorWstringBlock::throwPast() {
+  throw std::out_of_range("KorWstringBlock: text past the block");
 }
 
 KorWstring KorWstring::fromUtf8(std::string_view utf8) {

@@ -37,7 +37,9 @@ void korHandOutJoined(std::size_t count, Visit&& visit, KorWstring& joined, Each
   KorWstringBlock block(texts + total, count + 1);
   KorWstring::CodeUnit* out = nullptr;
   KorWstring whole = block.text(total, out);
-  std::memcpy(out, joined.data(), joined.length() * sizeof(KorWstring::CodeUnit));
+  if (!joined.empty()) {
+    std::memcpy(out, joined.data(), joined.length() * sizeof(KorWstring::CodeUnit));
+  }
   std::size_t written = joined.length();
   visit([&](const KorWstring::CodeUnit* units, std::size_t length) {
     if (written != 0) {
