@@ -158,7 +158,7 @@ KorWstring::KorWstring(const KorWstring& other) noexcept : header_(other.header_
 KorWstring::KorWstring(KorWstring&& other) noexcept : header_(std::exchange(other.header_, nullptr)) {}
 
 KorWstring& KorWstring::operator=(const KorWstring& other) noexcept {
-  if (header_ == other.header_) {
+  if (this == &other || header_ == other.header_) {
     return *this;
   }
   if (other.header_ != nullptr) {
