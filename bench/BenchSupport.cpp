@@ -14,9 +14,33 @@ thread_local std::uint64_t threadAllocations = 0;
 
 } // namespace
 
-// Counting replacements: every allocation in the process passes here.
-void* operator new(std::size_t size) {
+// Counting replacements: every allocation in the process, through operator
+// new or the C allocator, passes through malloc, calloc or realloc here.
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-inconsistent-declaration-parameter-name): glibc's own
+// allocator and its names.
+extern "C" {
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* memory, std::size_t size);
+
+void* malloc(std::size_t size) noexcept {
   ++threadAllocations;
+  return __libc_malloc(size);
+}
+
+void* calloc(std::size_t count, std::size_t size) noexcept {
+  ++threadAllocations;
+  return __libc_calloc(count, size);
+}
+
+void* realloc(void* memory, std::size_t size) noexcept {
+  ++threadAllocations;
+  return __libc_realloc(memory, size);
+}
+}
+// NOLINTEND(bugprone-reserved-identifier,readability-inconsistent-declaration-parameter-name)
+
+void* operator new(std::size_t size) {
   if (void* memory = std::malloc(size != 0 ? size : 1)) {
     return memory;
   }
@@ -45,6 +69,14 @@ void startJvm() {
 
 std::uint64_t allocations() {
   return threadAllocations;
+}
+
+void countAllocations(benchmark::State& state, std::uint64_t count, double items) {
+  const double perIteration = static_cast<double>(count) / static_cast<double>(state.iterations());
+  state.counters["allocations"] = perIteration;
+  if (items > 0) {
+    state.counters["allocations_per_item"] = perIteration / items;
+  }
 }
 
 KorWstring text(const std::string& utf8) {

@@ -17,8 +17,11 @@ namespace bench {
 // Creates the process's JVM (no -Xcheck:jni) with the registry jars.
 void startJvm();
 
-// Allocations the calling thread has made through operator new so far.
+// Allocations the calling thread has made so far (operator new and malloc).
 std::uint64_t allocations();
+// Sets the counters allocations (per iteration) and, for a listing of items
+// texts or records, allocations_per_item.
+void countAllocations(benchmark::State& state, std::uint64_t count, double items);
 
 KorWstring text(const std::string& utf8);
 // prefix followed by index in six digits: names that sort like their index.

@@ -124,6 +124,7 @@ struct InMemoryOperation {
   void (*library)(Stub&, StubProbe&);
   void (*baseline)(MapRegistry&, MapProbe&);
   std::vector<int> btds = {1000};
+  int items = 0; // names a call lists, when not its scale
 };
 
 const InMemoryOperation operations[] = {
@@ -178,7 +179,9 @@ const InMemoryOperation operations[] = {
          result.push_back(entry.first);
        }
        benchmark::DoNotOptimize(result);
-     }},
+     },
+     {1000},
+     policyCount},
     {"listBTDs",
      [](Stub& s, StubProbe& p) {
        p.list.clear();
@@ -205,16 +208,14 @@ const InMemoryOperation operations[] = {
      {100, 1000, 10000, 100000}},
 };
 
-void perIteration(benchmark::State& state, const char* counter, std::uint64_t count) {
-  state.counters[counter] = static_cast<double>(count) / static_cast<double>(state.iterations());
-}
-
-void countItems(benchmark::State& state, const InMemoryOperation& operation) {
+void countItems(benchmark::State& state, const InMemoryOperation& operation, std::uint64_t allocations) {
   if (operation.btds.size() > 1) {
     state.counters["per_item"] =
         benchmark::Counter(static_cast<double>(state.range(0)),
                            benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
   }
+  countAllocations(state, allocations,
+                   operation.btds.size() > 1 ? static_cast<double>(state.range(0)) : operation.items);
 }
 
 void runLibrary(benchmark::State& state, const InMemoryOperation& operation) {
@@ -224,9 +225,8 @@ void runLibrary(benchmark::State& state, const InMemoryOperation& operation) {
   for (auto _ : state) {
     operation.library(stores.stub, stores.stubProbe);
   }
-  perIteration(state, "allocations", allocations() - before);
+  countItems(state, operation, allocations() - before);
   trace.report(state);
-  countItems(state, operation);
 }
 
 void runBaseline(benchmark::State& state, const InMemoryOperation& operation) {
@@ -235,8 +235,7 @@ void runBaseline(benchmark::State& state, const InMemoryOperation& operation) {
   for (auto _ : state) {
     operation.baseline(stores.map, stores.mapProbe);
   }
-  perIteration(state, "allocations", allocations() - before);
-  countItems(state, operation);
+  countItems(state, operation, allocations() - before);
 }
 
 int registerInMemoryBenchmarks() {
@@ -262,7 +261,7 @@ void korWstringCopy(benchmark::State& state) {
     KorWstring copy(original);
     benchmark::DoNotOptimize(copy);
   }
-  perIteration(state, "allocations", allocations() - before);
+  countAllocations(state, allocations() - before, 0);
 }
 BENCHMARK(korWstringCopy)->Name("copy/KorWstring");
 

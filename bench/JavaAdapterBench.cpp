@@ -1,6 +1,9 @@
 // The Java-backed adapter's operations, each beside its floor: a hand-written
 // function making the same JNI calls in the same order on the same texts,
-// with ExceptionCheck after every call that can raise, and nothing else.
+// with ExceptionCheck after every call that can raise, and nothing else. The
+// floor reads texts into scratch storage; listings and service reads have a
+// second floor, owned, that returns owned standard strings as a careful
+// hand-written function would.
 #include "BenchSupport.hpp"
 
 #include <KorJVM.hpp>
@@ -9,6 +12,7 @@
 #include <cstdlib>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -133,6 +137,31 @@ void read(JNIEnv* env, jobject text) {
   check(env);
 }
 
+std::u16string owned(JNIEnv* env, jobject text) {
+  const auto javaText = static_cast<jstring>(text);
+  std::u16string units(static_cast<std::size_t>(env->GetStringLength(javaText)), u'\0');
+  env->GetStringRegion(javaText, 0, static_cast<jsize>(units.size()), reinterpret_cast<jchar*>(units.data()));
+  check(env);
+  return units;
+}
+
+// Sized exactly before the one allocation.
+std::u16string joined(const std::vector<std::u16string>& names) {
+  std::size_t length = names.empty() ? 0 : names.size() - 1;
+  for (const std::u16string& name : names) {
+    length += name.size();
+  }
+  std::u16string text;
+  text.reserve(length);
+  for (const std::u16string& name : names) {
+    if (!text.empty()) {
+      text += u' ';
+    }
+    text += name;
+  }
+  return text;
+}
+
 struct Inputs {
   KorWstring btd = numbered("btd", 0);
   KorWstring pair = text("pair");
@@ -151,6 +180,11 @@ struct Outputs {
   KorWstring names;
   std::vector<KorWstring> list;
   KorISRService service;
+};
+
+// The owned floor's reused output: the vector that listBTDs appends to.
+struct OwnedOutputs {
+  std::vector<std::u16string> list;
 };
 
 using Adapter = KorISRAdapterImpl;
@@ -272,6 +306,65 @@ void floorGetServices(JNIEnv* env, Floor& j, const Inputs&) {
   }
 }
 
+struct OwnedNames {
+  std::u16string names;
+  std::vector<std::u16string> list;
+};
+
+void ownedGetPolicyNames(JNIEnv* env, Floor& j, const Inputs& in, OwnedOutputs&) {
+  Frame frame(env);
+  jstring type = string(env, in.type);
+  OwnedNames result;
+  result.names = owned(env, checked(env, env->CallObjectMethod(j.adapter, j.getPolicyNames, type)));
+  auto policies = static_cast<jobjectArray>(
+      checked(env, env->CallObjectMethod(j.adapter, j.getPoliciesWithoutDoc, type)));
+  const jsize count = env->GetArrayLength(policies);
+  result.list.reserve(static_cast<std::size_t>(count));
+  for (jsize i = 0; i < count; ++i) {
+    jobject policy = checked(env, env->GetObjectArrayElement(policies, i));
+    result.list.push_back(owned(env, checked(env, env->CallObjectMethod(policy, j.policyGetName))));
+  }
+  benchmark::DoNotOptimize(result);
+}
+
+void ownedBtdListing(JNIEnv* env, Floor& j, jmethodID read, std::vector<std::u16string>& list) {
+  Frame frame(env);
+  auto btds = static_cast<jobjectArray>(checked(env, env->CallObjectMethod(j.adapter, j.getBTDs)));
+  list.reserve(list.size() + static_cast<std::size_t>(env->GetArrayLength(btds)));
+  for (jsize i = 0; i < env->GetArrayLength(btds); ++i) {
+    jobject btd = checked(env, env->GetObjectArrayElement(btds, i));
+    list.push_back(owned(env, checked(env, env->CallObjectMethod(btd, read))));
+  }
+}
+
+void ownedGetService(JNIEnv* env, Floor& j, const Inputs& in, OwnedOutputs&) {
+  Frame frame(env);
+  jstring name = string(env, in.service);
+  jobject service = checked(env, env->CallObjectMethod(j.adapter, j.getService, name));
+  std::u16string fields[3];
+  std::u16string* field = fields;
+  for (jmethodID read : {j.serviceGetName, j.serviceGetNamespace, j.serviceGetDocument}) {
+    *field++ = owned(env, checked(env, env->CallObjectMethod(service, read)));
+  }
+  benchmark::DoNotOptimize(fields);
+}
+
+void ownedGetServices(JNIEnv* env, Floor& j, const Inputs&, OwnedOutputs&) {
+  Frame frame(env);
+  auto services =
+      static_cast<jobjectArray>(checked(env, env->CallObjectMethod(j.adapter, j.getServicesWithoutDoc)));
+  const jsize count = env->GetArrayLength(services);
+  std::vector<std::pair<std::u16string, std::u16string>> result;
+  result.reserve(static_cast<std::size_t>(count));
+  for (jsize i = 0; i < count; ++i) {
+    jobject service = checked(env, env->GetObjectArrayElement(services, i));
+    std::u16string name = owned(env, checked(env, env->CallObjectMethod(service, j.serviceGetName)));
+    result.emplace_back(std::move(name),
+                        owned(env, checked(env, env->CallObjectMethod(service, j.serviceGetNamespace))));
+  }
+  benchmark::DoNotOptimize(result);
+}
+
 struct JavaOperation {
   const char* name;
   void (*library)(Adapter&, const Inputs&, Outputs&);
@@ -280,6 +373,10 @@ struct JavaOperation {
   std::vector<int> btds = {1000};
   bool threads = false; // also on two threads
   bool trace = false;   // also at trace level 4
+  void (*owned)(JNIEnv*, Floor&, const Inputs&, OwnedOutputs&) = nullptr;
+  // Records or texts a call lists, for allocations per item; a listing
+  // measured at several scales lists its scale.
+  int items = 0;
 };
 
 const JavaOperation operations[] = {
@@ -321,31 +418,64 @@ const JavaOperation operations[] = {
      [](Adapter& a, const Inputs& in, Outputs& out) {
        benchmark::DoNotOptimize(a.getPolicyNames(in.type, out.names));
      },
-     floorGetPolicyNames},
+     floorGetPolicyNames,
+     {1000},
+     false,
+     false,
+     ownedGetPolicyNames,
+     policyCount},
     {"listBTDs",
      [](Adapter& a, const Inputs&, Outputs& out) {
        out.list.clear();
        a.listBTDs(out.list);
      },
      [](JNIEnv* env, Floor& j, const Inputs&) { floorBtdListing(env, j, j.btdGetUri); },
-     {100, 1000, 10000, 100000}},
+     {100, 1000, 10000, 100000},
+     false,
+     false,
+     [](JNIEnv* env, Floor& j, const Inputs&, OwnedOutputs& out) {
+       out.list.clear();
+       ownedBtdListing(env, j, j.btdGetUri, out.list);
+     }},
     {"getBTDNames",
      [](Adapter& a, const Inputs&, Outputs& out) { benchmark::DoNotOptimize(a.getBTDNames(out.names)); },
      [](JNIEnv* env, Floor& j, const Inputs&) { floorBtdListing(env, j, j.btdGetName); },
-     {100, 1000, 10000, 100000}},
-    {"getService", [](Adapter& a, const Inputs& in, Outputs& out) { a.getService(in.service, out.service); },
-     floorGetService},
-    {"getServices", [](Adapter& a, const Inputs&, Outputs&) { benchmark::DoNotOptimize(a.getServices()); },
-     floorGetServices},
+     {100, 1000, 10000, 100000},
+     false,
+     false,
+     [](JNIEnv* env, Floor& j, const Inputs&, OwnedOutputs&) {
+       OwnedNames result;
+       ownedBtdListing(env, j, j.btdGetName, result.list);
+       result.names = joined(result.list);
+       benchmark::DoNotOptimize(result);
+     }},
+    {"getService",
+     [](Adapter& a, const Inputs& in, Outputs& out) { a.getService(in.service, out.service); },
+     floorGetService,
+     {1000},
+     false,
+     false,
+     ownedGetService,
+     3},
+    {"getServices",
+     [](Adapter& a, const Inputs&, Outputs&) { benchmark::DoNotOptimize(a.getServices()); },
+     floorGetServices,
+     {1000},
+     false,
+     false,
+     ownedGetServices,
+     serviceCount},
 };
 
 // A listing's cost per item shows as the counter per_item.
-void countItems(benchmark::State& state, const JavaOperation& operation) {
+void countItems(benchmark::State& state, const JavaOperation& operation, std::uint64_t allocations) {
   if (operation.btds.size() > 1) {
     state.counters["per_item"] =
         benchmark::Counter(static_cast<double>(state.range(0)),
                            benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
   }
+  const int items = operation.btds.size() > 1 ? static_cast<int>(state.range(0)) : operation.items;
+  countAllocations(state, allocations, items);
 }
 
 void runLibrary(benchmark::State& state, const JavaOperation& operation, int traceLevel) {
@@ -358,24 +488,31 @@ void runLibrary(benchmark::State& state, const JavaOperation& operation, int tra
   }
   const Inputs in;
   Outputs out;
+  const std::uint64_t before = allocations();
   for (auto _ : state) {
     operation.library(registry.adapter(), in, out);
   }
+  countItems(state, operation, allocations() - before);
   if (trace) {
     trace->report(state);
   }
-  countItems(state, operation);
 }
 
-void runFloor(benchmark::State& state, const JavaOperation& operation) {
+void runFloor(benchmark::State& state, const JavaOperation& operation, bool owned) {
   JavaRegistry::instance().holdBtds(static_cast<int>(state.range(0)));
   const FloorJni& jni = floorJni();
   JNIEnv* env = KorJVM::getEnvironment();
   const Inputs in;
+  OwnedOutputs out;
+  const std::uint64_t before = allocations();
   for (auto _ : state) {
-    operation.floor(env, jni, in);
+    if (owned) {
+      operation.owned(env, jni, in, out);
+    } else {
+      operation.floor(env, jni, in);
+    }
   }
-  countItems(state, operation);
+  countItems(state, operation, allocations() - before);
 }
 
 void withSizes(benchmark::internal::Benchmark* benchmark, const JavaOperation& operation) {
@@ -391,7 +528,11 @@ int registerJavaBenchmarks() {
   for (const JavaOperation& operation : operations) {
     const std::string name = operation.name;
     withSizes(benchmark::RegisterBenchmark(("library/" + name).c_str(), runLibrary, operation, 0), operation);
-    withSizes(benchmark::RegisterBenchmark(("floor/" + name).c_str(), runFloor, operation), operation);
+    withSizes(benchmark::RegisterBenchmark(("floor/" + name).c_str(), runFloor, operation, false), operation);
+    if (operation.owned != nullptr) {
+      withSizes(benchmark::RegisterBenchmark(("owned/" + name).c_str(), runFloor, operation, true),
+                operation);
+    }
     if (operation.trace) {
       benchmark::RegisterBenchmark(("trace4/" + name).c_str(), runLibrary, operation, 4)
           ->Arg(operation.btds.front());

@@ -1,7 +1,9 @@
 // KorWstring under arbitrary bytes: the UTF-8 and wide-literal conversions
-// against small reference codecs, and the key order of the registry's maps.
+// against small reference codecs, the key order of the registry's maps, and
+// texts that share one block.
 #include <KorWstring.hpp>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -100,6 +102,30 @@ void order(const KorWstring& a, const KorWstring& b, const KorWstring& c) {
   require(written.view().substr(0, a.length()) == a.view() && copy.view() == a.view());
 }
 
+// Texts of one block order and write as strings of their own: a write to one
+// changes no other, and the one kept after the rest are gone stays valid.
+void block(std::u16string_view units) {
+  const std::size_t third = units.size() / 3;
+  const std::size_t cuts[] = {0, third, 2 * third, units.size()};
+  std::vector<KorWstring> texts;
+  {
+    KorWstringBlock block(units.size(), 3);
+    for (std::size_t i = 0; i < 3; ++i) {
+      texts.push_back(block.text(units.data() + cuts[i], cuts[i + 1] - cuts[i]));
+    }
+  }
+  order(texts[0], texts[1], texts[2]);
+  const std::size_t kept = units.empty() ? 0 : units[0] % 3;
+  texts[(kept + 1) % 3].append(units.data(), units.size());
+  for (std::size_t i = 0; i < 3; ++i) {
+    require(i == (kept + 1) % 3 || texts[i].view() == units.substr(cuts[i], cuts[i + 1] - cuts[i]));
+  }
+  KorWstring last = std::move(texts[kept]);
+  texts.clear();
+  last.append(u"!", 1);
+  require(last.view().substr(0, last.length() - 1) == units.substr(cuts[kept], cuts[kept + 1] - cuts[kept]));
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -114,5 +140,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::size_t third = units.size() / 3;
   order(KorWstring(units.substr(0, third)), KorWstring(units.substr(third, third)),
         KorWstring(units.substr(2 * third)));
+  block(units);
   return 0;
 }

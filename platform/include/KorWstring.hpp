@@ -2,8 +2,11 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <functional>
 #include <limits>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -12,6 +15,8 @@
 // Copies share the buffer (a copy allocates nothing); a write to a shared
 // buffer copies it first. Reference counts are atomic, so copies may live on
 // different threads; one KorWstring object is not for concurrent writers.
+// Several texts may share one allocation (see KorWstringBlock), which lives
+// while any of them does.
 class KorWstring {
 public:
   using CodeUnit = char16_t;
@@ -44,8 +49,9 @@ public:
   // the first min(old, new) keep their values, the rest are unspecified.
   CodeUnit* resizeForOverwrite(std::size_t length);
 
+  // True for a copy of this text, not for another text of the same block.
   bool sharesBufferWith(const KorWstring& other) const noexcept {
-    return buffer_ != nullptr && buffer_ == other.buffer_;
+    return header_ != nullptr && header_ == other.header_;
   }
 
   friend bool operator==(const KorWstring& a, const KorWstring& b) noexcept {
@@ -54,36 +60,97 @@ public:
   friend bool operator!=(const KorWstring& a, const KorWstring& b) noexcept { return !(a == b); }
 
 private:
-  struct Buffer;
+  friend class KorWstringBlock;
+  struct Header;
+  // Takes over one reference the caller holds.
+  explicit KorWstring(Header* header) noexcept : header_(header) {}
   CodeUnit* reserveUnique(std::size_t capacity);
   void release() noexcept;
 
-  Buffer* buffer_ = nullptr;
+  Header* header_ = nullptr;
 };
 
-// The units follow the header in the same allocation, so a string costs one
-// allocation and a copy none. Defined here so that the readers inline: map
-// lookups compare keys through them.
-struct KorWstring::Buffer {
-  std::atomic<std::size_t> references;
-  std::size_t length;
-  std::size_t capacity;
+// The units follow the header, so a string costs one allocation, a copy
+// none, and a length and its units sit together. The reference count starts
+// the allocation: a buffer's own, or the one count of a block (see
+// KorWstringBlock) that all its texts share.
+struct KorWstring::Header {
+  std::atomic<std::size_t>* references;
+  std::uint32_t length;
+  std::uint32_t capacity;
 
   CodeUnit* units() noexcept { return reinterpret_cast<CodeUnit*>(this + 1); }
 
-  static constexpr std::size_t maxCapacity() noexcept {
-    return (std::numeric_limits<std::size_t>::max() - sizeof(Buffer)) / sizeof(CodeUnit);
-  }
-  static Buffer* allocate(std::size_t capacity);
-  static void free(Buffer* buffer) noexcept;
+  static constexpr std::size_t maxCapacity() noexcept { return std::numeric_limits<std::uint32_t>::max(); }
+  static Header* allocate(std::size_t capacity);
+  static void free(Header* header) noexcept;
 };
 
 inline std::size_t KorWstring::length() const noexcept {
-  return buffer_ != nullptr ? buffer_->length : 0;
+  return header_ != nullptr ? header_->length : 0;
 }
 
 inline const KorWstring::CodeUnit* KorWstring::data() const noexcept {
-  return buffer_ != nullptr ? buffer_->units() : u"";
+  return header_ != nullptr ? header_->units() : u"";
+}
+
+// One allocation for the many texts of a listing, each with its header in
+// it. The texts share the block's one reference count, set once for all of
+// them, so handing one out costs no atomic operation; the block is freed when
+// the last text lets go.
+class KorWstringBlock {
+public:
+  using CodeUnit = KorWstring::CodeUnit;
+
+  // Room for texts texts of units units in all.
+  KorWstringBlock(std::size_t units, std::size_t texts);
+  KorWstringBlock(const KorWstringBlock&) = delete;
+  KorWstringBlock& operator=(const KorWstringBlock&) = delete;
+  ~KorWstringBlock();
+
+  // The next text, a copy of the units given; throws std::out_of_range past
+  // the block's units or texts. An empty text holds no reference.
+  KorWstring text(const CodeUnit* units, std::size_t length);
+  // As above; the caller writes the text's units through units (null for
+  // an empty text).
+  KorWstring text(std::size_t length, CodeUnit*& units);
+
+private:
+  [[noreturn]] static void throwPast();
+
+  std::atomic<std::size_t>* references_ = nullptr;
+  char* next_ = nullptr;
+  std::size_t units_;
+  std::size_t unissued_;
+};
+
+// Inline: listings hand out a text per item.
+inline KorWstring KorWstringBlock::text(std::size_t length, CodeUnit*& units) {
+  if (length == 0) {
+    units = nullptr;
+    return {};
+  }
+  if (unissued_ == 0 || length > units_) {
+    throwPast();
+  }
+  auto* header = new (next_)
+      KorWstring::Header{references_, static_cast<std::uint32_t>(length), static_cast<std::uint32_t>(length)};
+  // Each text's header starts on the header's alignment.
+  constexpr std::size_t align = alignof(KorWstring::Header);
+  next_ += (sizeof(KorWstring::Header) + length * sizeof(CodeUnit) + align - 1) / align * align;
+  units_ -= length;
+  --unissued_;
+  units = header->units();
+  return KorWstring(header);
+}
+
+inline KorWstring KorWstringBlock::text(const CodeUnit* units, std::size_t length) {
+  CodeUnit* out = nullptr;
+  KorWstring result = text(length, out);
+  if (length != 0) {
+    std::memcpy(out, units, length * sizeof(CodeUnit));
+  }
+  return result;
 }
 
 class KorWstringEncodingError : public std::invalid_argument {

@@ -7,18 +7,28 @@
 #include <cwchar>
 #include <limits>
 #include <new>
+#include <utility>
 
-KorWstring::Buffer* KorWstring::Buffer::allocate(std::size_t capacity) {
+using KorWstringReferences = std::atomic<std::size_t>;
+
+// One pointer, as small as a map key can be.
+static_assert(sizeof(KorWstring) == sizeof(void*));
+
+KorWstring::Header* KorWstring::Header::allocate(std::size_t capacity) {
   if (capacity > maxCapacity()) {
     throw std::length_error("KorWstring too long");
   }
-  void* memory = ::operator new(sizeof(Buffer) + capacity * sizeof(CodeUnit));
-  return new (memory) Buffer{{1}, 0, capacity};
+  static_assert(sizeof(KorWstringReferences) % alignof(Header) == 0 &&
+                sizeof(Header) % alignof(CodeUnit) == 0);
+  void* memory = ::operator new(sizeof(KorWstringReferences) + sizeof(Header) + capacity * sizeof(CodeUnit));
+  auto* references = new (memory) KorWstringReferences(1);
+  return new (references + 1) Header{references, 0, static_cast<std::uint32_t>(capacity)};
 }
 
-void KorWstring::Buffer::free(Buffer* buffer) noexcept {
-  buffer->~Buffer();
-  ::operator delete(buffer);
+void KorWstring::Header::free(Header* header) noexcept {
+  KorWstringReferences* references = header->references;
+  references->~KorWstringReferences();
+  ::operator delete(references);
 }
 
 static_assert(sizeof(KorWstring::CodeUnit) == 2 && alignof(KorWstring::CodeUnit) <= alignof(std::size_t));
@@ -139,33 +149,30 @@ KorWstring::KorWstring(const CodeUnit* units, std::size_t count) {
 
 KorWstring::KorWstring(std::u16string_view units) : KorWstring(units.data(), units.size()) {}
 
-KorWstring::KorWstring(const KorWstring& other) noexcept : buffer_(other.buffer_) {
-  if (buffer_ != nullptr) {
-    buffer_->references.fetch_add(1, std::memory_order_relaxed);
+KorWstring::KorWstring(const KorWstring& other) noexcept : header_(other.header_) {
+  if (header_ != nullptr) {
+    header_->references->fetch_add(1, std::memory_order_relaxed);
   }
 }
 
-KorWstring::KorWstring(KorWstring&& other) noexcept : buffer_(other.buffer_) {
-  other.buffer_ = nullptr;
-}
+KorWstring::KorWstring(KorWstring&& other) noexcept : header_(std::exchange(other.header_, nullptr)) {}
 
 KorWstring& KorWstring::operator=(const KorWstring& other) noexcept {
-  if (this == &other || buffer_ == other.buffer_) {
+  if (this == &other || header_ == other.header_) {
     return *this;
   }
-  if (other.buffer_ != nullptr) {
-    other.buffer_->references.fetch_add(1, std::memory_order_relaxed);
+  if (other.header_ != nullptr) {
+    other.header_->references->fetch_add(1, std::memory_order_relaxed);
   }
   release();
-  buffer_ = other.buffer_;
+  header_ = other.header_;
   return *this;
 }
 
 KorWstring& KorWstring::operator=(KorWstring&& other) noexcept {
   if (this != &other) {
     release();
-    buffer_ = other.buffer_;
-    other.buffer_ = nullptr;
+    header_ = std::exchange(other.header_, nullptr);
   }
   return *this;
 }
@@ -174,34 +181,37 @@ KorWstring::~KorWstring() {
   release();
 }
 
+// A count of one is this string's alone: no other thread can be copying it,
+// so the last holder frees without an atomic write.
 void KorWstring::release() noexcept {
-  if (buffer_ != nullptr && buffer_->references.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-    Buffer::free(buffer_);
+  if (header_ != nullptr && (header_->references->load(std::memory_order_acquire) == 1 ||
+                             header_->references->fetch_sub(1, std::memory_order_acq_rel) == 1)) {
+    Header::free(header_);
   }
-  buffer_ = nullptr;
+  header_ = nullptr;
 }
 
+// The last text left of a block is unique too, and writes in place within
+// its own units.
 KorWstring::CodeUnit* KorWstring::reserveUnique(std::size_t capacity) {
-  const bool unique = buffer_ != nullptr && buffer_->references.load(std::memory_order_acquire) == 1;
-  if (unique && buffer_->capacity >= capacity) {
-    return buffer_->units();
+  const bool unique = header_ != nullptr && header_->references->load(std::memory_order_acquire) == 1;
+  if (unique && header_->capacity >= capacity) {
+    return header_->units();
   }
   if (unique) {
-    capacity = std::max(capacity, std::min(buffer_->capacity * 2, Buffer::maxCapacity()));
+    capacity = std::max(capacity, std::min(std::size_t{header_->capacity} * 2, Header::maxCapacity()));
   }
-  Buffer* fresh = Buffer::allocate(capacity);
-  if (buffer_ != nullptr) {
-    // A shared buffer may be longer than the capacity asked for.
-    fresh->length = std::min(buffer_->length, capacity);
-    std::memcpy(fresh->units(), buffer_->units(), fresh->length * sizeof(CodeUnit));
-  }
+  Header* fresh = Header::allocate(capacity);
+  // A shared buffer may be longer than the capacity asked for.
+  fresh->length = static_cast<std::uint32_t>(std::min<std::size_t>(length(), capacity));
+  std::memcpy(fresh->units(), data(), fresh->length * sizeof(CodeUnit));
   release();
-  buffer_ = fresh;
+  header_ = fresh;
   return fresh->units();
 }
 
 KorWstring& KorWstring::operator+=(const KorWstring& tail) {
-  if (buffer_ == nullptr) {
+  if (header_ == nullptr) {
     return *this = tail;
   }
   return append(tail.data(), tail.length());
@@ -212,26 +222,26 @@ KorWstring& KorWstring::append(const CodeUnit* units, std::size_t count) {
     return *this;
   }
   const std::size_t oldLength = length();
-  if (count > Buffer::maxCapacity() - oldLength) {
+  if (count > Header::maxCapacity() - oldLength) {
     throw std::length_error("KorWstring too long");
   }
   // Units taken from this string's own buffer must outlive a reallocation.
   KorWstring keepAlive;
   const std::less<const CodeUnit*> before;
-  if (buffer_ != nullptr && !before(units, data()) && before(units, data() + buffer_->capacity)) {
+  if (header_ != nullptr && !before(units, data()) && before(units, data() + header_->capacity)) {
     keepAlive = *this;
   }
   CodeUnit* out = reserveUnique(oldLength + count);
   std::memcpy(out + oldLength, units, count * sizeof(CodeUnit));
-  buffer_->length = oldLength + count;
+  header_->length = static_cast<std::uint32_t>(oldLength + count);
   return *this;
 }
 
 // A buffer this string alone holds keeps its capacity for what is appended
 // next, as std::u16string's does.
 void KorWstring::clear() noexcept {
-  if (buffer_ != nullptr && buffer_->references.load(std::memory_order_acquire) == 1) {
-    buffer_->length = 0;
+  if (header_ != nullptr && header_->references->load(std::memory_order_acquire) == 1) {
+    header_->length = 0;
   } else {
     release();
   }
@@ -242,9 +252,43 @@ KorWstring::CodeUnit* KorWstring::resizeForOverwrite(std::size_t length) {
     release();
     return emptyUnits;
   }
-  CodeUnit* units = reserveUnique(length);
-  buffer_->length = length;
+  // A text read from Java lands in an empty string: nothing to keep or release.
+  CodeUnit* units = nullptr;
+  if (header_ == nullptr) {
+    header_ = Header::allocate(length);
+    units = header_->units();
+  } else {
+    units = reserveUnique(length);
+  }
+  header_->length = static_cast<std::uint32_t>(length);
   return units;
+}
+
+KorWstringBlock::KorWstringBlock(std::size_t units, std::size_t texts) : units_(units), unissued_(texts) {
+  if (units == 0) {
+    return;
+  }
+  if (units > KorWstring::Header::maxCapacity() || texts > KorWstring::Header::maxCapacity()) {
+    throw std::length_error("KorWstringBlock too long");
+  }
+  // Each text pads its units to the next header by less than one alignment.
+  void* memory = ::operator new(sizeof(KorWstringReferences) +
+                                texts * (sizeof(KorWstring::Header) + alignof(KorWstring::Header) - 1) +
+                                units * sizeof(CodeUnit));
+  references_ = new (memory) KorWstringReferences(texts + 1);
+  next_ = reinterpret_cast<char*>(references_ + 1);
+}
+
+KorWstringBlock::~KorWstringBlock() {
+  if (references_ != nullptr &&
+      references_->fetch_sub(unissued_ + 1, std::memory_order_acq_rel) == unissued_ + 1) {
+    references_->~KorWstringReferences();
+    ::operator delete(references_);
+  }
+}
+
+void KorWstringBlock::throwPast() {
+  throw std::out_of_range("KorWstringBlock: text past the block");
 }
 
 KorWstring KorWstring::fromUtf8(std::string_view utf8) {

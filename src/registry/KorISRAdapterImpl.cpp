@@ -2,12 +2,13 @@
 
 #include "KorISRAdapterJniManager.hpp"
 #include "KorJniCallScope.hpp"
-#include "KorJoinedNames.hpp"
+#include "KorListedTexts.hpp"
 
 #include <KorException.hpp>
 #include <KorJVM.hpp>
 #include <KorLog.hpp>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -67,6 +68,18 @@ void storePolicy(jobject adapter, const char* function, KorLogToken token, Adapt
   java.call<void>("ISRPolicy_validateContent", object, policy.validateContent);
   java.call<void>(storeLabel, adapter, java.manager().isrAdapter().*store, object);
   uri = java.requiredText(storeLabel, object, policy.getUri);
+}
+
+// A listing's walk reads every text into one KorListedTexts; the texts that
+// arrived before a failure are still handed out, then the failure leaves.
+template <typename Walk, typename HandOut> void walkListing(Walk&& walk, HandOut&& handOut) {
+  try {
+    walk();
+  } catch (...) {
+    handOut();
+    throw;
+  }
+  handOut();
 }
 
 // The ISRPolicy that asks about one policy, with an empty document.
@@ -174,14 +187,28 @@ void KorISRAdapterImpl::listBTDs(std::vector<KorWstring>& uris) {
   const char* const listLabel = "method_com_vantor_broker_isr_ISRAdapter_getBTDs";
   const char* const readLabel = "method_com_vantor_broker_isr_BTDDocument_getUri";
   jobject btds = java.call<jobject>(listLabel, javaAdapter_, java.manager().isrAdapter().getBTDs);
-  for (jsize i = 0; i < java.length(btds); ++i) {
-    jobject btd = java.nonNull(readLabel, java.element(listLabel, btds, i));
-    KorWstring uri = java.requiredText(readLabel, btd, java.manager().btdDocument().getUri);
-    if (debugTrace()) {
-      KorLog::debugTrace(function, token, {"Adding URI to result", uri});
-    }
-    uris.push_back(uri);
-  }
+  KorListedTexts texts;
+  walkListing(
+      [&] {
+        // The length is read again before every element.
+        for (jsize i = 0, length = java.length(btds); i < length; ++i, length = java.length(btds)) {
+          if (i == 0) {
+            texts.expect(static_cast<std::size_t>(length));
+          }
+          jobject btd = java.nonNull(readLabel, java.element(listLabel, btds, i));
+          java.requiredText(texts, readLabel, btd, java.manager().btdDocument().getUri);
+          if (debugTrace()) {
+            KorLog::debugTrace(function, token, {"Adding URI to result", texts.last()});
+          }
+        }
+      },
+      [&] {
+        // Geometric growth still, for a caller that appends listing after listing.
+        if (uris.capacity() - uris.size() < texts.size()) {
+          uris.reserve(std::max(uris.size() + texts.size(), 2 * uris.capacity()));
+        }
+        texts.handOut([&uris](KorWstring uri) { uris.push_back(std::move(uri)); });
+      });
   debugExit(function, token);
 }
 
@@ -194,15 +221,25 @@ std::vector<KorWstring> KorISRAdapterImpl::getBTDNames(KorWstring& names) {
   jobject btds = java.call<jobject>(listLabel, javaAdapter_, java.manager().isrAdapter().getBTDs);
   std::vector<KorWstring> result;
   names.clear();
-  for (jsize i = 0; i < java.length(btds); ++i) {
-    jobject btd = java.nonNull(readLabel, java.element(listLabel, btds, i));
-    KorWstring name = java.requiredText(readLabel, btd, java.manager().btdDocument().getName);
-    if (debugTrace()) {
-      KorLog::debugTrace(function, token, {"Adding name to result", name});
-    }
-    result.push_back(name);
-    korAppendName(names, name);
-  }
+  KorListedTexts texts;
+  walkListing(
+      [&] {
+        // The length is read again before every element.
+        for (jsize i = 0, length = java.length(btds); i < length; ++i, length = java.length(btds)) {
+          if (i == 0) {
+            texts.expect(static_cast<std::size_t>(length));
+          }
+          jobject btd = java.nonNull(readLabel, java.element(listLabel, btds, i));
+          java.requiredText(texts, readLabel, btd, java.manager().btdDocument().getName);
+          if (debugTrace()) {
+            KorLog::debugTrace(function, token, {"Adding name to result", texts.last()});
+          }
+        }
+      },
+      [&] {
+        result.reserve(texts.size());
+        texts.handOutJoined(names, [&result](KorWstring name) { result.push_back(std::move(name)); });
+      });
   debugExit(function, token);
   return result;
 }
@@ -287,7 +324,8 @@ bool KorISRAdapterImpl::policyExists(const KorWstring& type, const KorWstring& n
 }
 
 // A null array is a type without policies; a null element, which has no name
-// to read, is skipped like the empty listing it stands for.
+// to read, is skipped like the empty listing it stands for. The joined names
+// come first in the listing's block.
 std::vector<KorWstring> KorISRAdapterImpl::getPolicyNames(const KorWstring& type, KorWstring& names) {
   const char* const function = "KorISRAdapterImpl::getPolicyNames";
   KorLogToken token = debugEntry(function, type);
@@ -302,21 +340,39 @@ std::vector<KorWstring> KorISRAdapterImpl::getPolicyNames(const KorWstring& type
   const char* const namesLabel = "PolicyRespositoryManager_getPolicyNames";
   const char* const listLabel = "method_com_vantor_broker_isr_ISRAdapter_getPoliciesWithoutDoc";
   jstring javaType = java.string(type);
-  names = java.requiredText(namesLabel, javaAdapter_, adapter.getPolicyNames, javaType);
-  jobject policies = java.call<jobject>(listLabel, javaAdapter_, adapter.getPoliciesWithoutDoc, javaType);
-  jsize count = java.length(policies);
-  for (jsize i = 0; i < count; ++i) {
-    jobject policy = java.element(listLabel, policies, i);
-    if (policy == nullptr) {
-      continue;
-    }
-    KorWstring name = java.optionalText("method_com_vantor_broker_isr_ISRPolicy_getName", policy,
-                                        java.manager().isrPolicy().getName);
-    if (debugTrace()) {
-      KorLog::debugTrace(function, token, {"policyName=", name});
-    }
-    result.push_back(name);
-  }
+  KorListedTexts texts;
+  walkListing(
+      [&] {
+        java.requiredText(texts, namesLabel, javaAdapter_, adapter.getPolicyNames, javaType);
+        jobject policies =
+            java.call<jobject>(listLabel, javaAdapter_, adapter.getPoliciesWithoutDoc, javaType);
+        jsize count = java.length(policies);
+        texts.expect(static_cast<std::size_t>(count) + 1);
+        for (jsize i = 0; i < count; ++i) {
+          jobject policy = java.element(listLabel, policies, i);
+          if (policy == nullptr) {
+            continue;
+          }
+          java.optionalText(texts, "method_com_vantor_broker_isr_ISRPolicy_getName", policy,
+                            java.manager().isrPolicy().getName);
+          if (debugTrace()) {
+            KorLog::debugTrace(function, token, {"policyName=", texts.last()});
+          }
+        }
+      },
+      [&] {
+        // After a failure the names are kept and the list is dropped.
+        result.reserve(texts.size() != 0 ? texts.size() - 1 : 0);
+        bool first = true;
+        texts.handOut([&](KorWstring text) {
+          if (first) {
+            names = std::move(text);
+            first = false;
+          } else {
+            result.push_back(std::move(text));
+          }
+        });
+      });
   debugExit(function, token);
   return result;
 }
@@ -365,22 +421,25 @@ bool KorISRAdapterImpl::getService(const KorWstring& name, KorISRService& servic
   if (debugTrace()) {
     KorLog::debugTrace(function, token, {"got service"});
   }
-  KorWstring serviceName =
-      java.optionalText("method_com_vantor_broker_isr_ISRService_getName", found, javaService.getName);
+  // The three texts share one block.
+  KorListedTexts texts;
+  java.optionalText(texts, "method_com_vantor_broker_isr_ISRService_getName", found, javaService.getName);
   if (debugTrace()) {
-    KorLog::debugTrace(function, token, {"serviceName=", serviceName});
+    KorLog::debugTrace(function, token, {"serviceName=", texts.last()});
   }
-  KorWstring serviceNamespace = java.optionalText("method_com_vantor_broker_isr_ISRSerivce_getNamespace",
-                                                  found, javaService.getNamespace);
+  java.optionalText(texts, "method_com_vantor_broker_isr_ISRSerivce_getNamespace", found,
+                    javaService.getNamespace);
   if (debugTrace()) {
-    KorLog::debugTrace(function, token, {"serviceNamespace=", serviceNamespace});
+    KorLog::debugTrace(function, token, {"serviceNamespace=", texts.last()});
   }
-  KorWstring document = java.optionalText("method_com_vantor_broker_isr_ISRService_getDocument", found,
-                                          javaService.getDocument);
+  java.optionalText(texts, "method_com_vantor_broker_isr_ISRService_getDocument", found,
+                    javaService.getDocument);
   if (debugTrace()) {
-    KorLog::debugTrace(function, token, {"serviceContent=", document});
+    KorLog::debugTrace(function, token, {"serviceContent=", texts.last()});
   }
-  service = KorISRService(serviceName, serviceNamespace, document);
+  KorWstring* const fields[] = {&service.name, &service.serviceNamespace, &service.document};
+  KorWstring* const* field = fields;
+  texts.handOut([&field](KorWstring text) { **field++ = std::move(text); });
   debugExit(function, token, "true");
   return true;
 }
@@ -406,23 +465,31 @@ std::vector<KorISRService> KorISRAdapterImpl::getServices() {
   jobject services =
       java.call<jobject>(listLabel, javaAdapter_, java.manager().isrAdapter().getServicesWithoutDoc);
   jsize count = java.length(services);
+  KorListedTexts texts;
+  texts.expect(2 * static_cast<std::size_t>(count));
   for (jsize i = 0; i < count; ++i) {
     jobject service = java.element(listLabel, services, i);
     if (service == nullptr) {
       continue;
     }
-    KorWstring name =
-        java.optionalText("method_com_vantor_broker_isr_ISRService_getName", service, javaService.getName);
+    java.optionalText(texts, "method_com_vantor_broker_isr_ISRService_getName", service, javaService.getName);
     if (debugTrace()) {
-      KorLog::debugTrace(function, token, {"serviceName=", name});
+      KorLog::debugTrace(function, token, {"serviceName=", texts.last()});
     }
-    KorWstring serviceNamespace = java.optionalText("method_com_vantor_broker_isr_ISRSerivce_getNamespace",
-                                                    service, javaService.getNamespace);
+    java.optionalText(texts, "method_com_vantor_broker_isr_ISRSerivce_getNamespace", service,
+                      javaService.getNamespace);
     if (debugTrace()) {
-      KorLog::debugTrace(function, token, {"serviceNamespace=", serviceNamespace});
+      KorLog::debugTrace(function, token, {"serviceNamespace=", texts.last()});
     }
-    result.emplace_back(name, serviceNamespace);
   }
+  // Texts come in pairs: a service's name, then its namespace.
+  result.resize(texts.size() / 2);
+  std::size_t next = 0;
+  texts.handOut([&](KorWstring text) {
+    KorISRService& record = result[next / 2];
+    (next % 2 == 0 ? record.name : record.serviceNamespace) = std::move(text);
+    ++next;
+  });
   debugExit(function, token);
   return result;
 }

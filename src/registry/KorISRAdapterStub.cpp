@@ -1,12 +1,14 @@
 #include "KorISRAdapterStub.hpp"
 
-#include "KorJoinedNames.hpp"
+#include "KorListedTexts.hpp"
 #include "KorTracedRaise.hpp"
 
 #include <KorException.hpp>
 #include <KorLog.hpp>
 
+#include <algorithm>
 #include <initializer_list>
+#include <string_view>
 
 namespace {
 
@@ -64,6 +66,26 @@ KorWstring policyUri(const KorWstring& type, const KorWstring& name) {
   uri += name;
   return uri;
 }
+
+// Where a listing's stored texts are, collected in one walk of the store:
+// handing them out takes two passes, which then read this instead of the
+// store's scattered nodes.
+class StoredTexts {
+public:
+  explicit StoredTexts(std::size_t count) { views_.reserve(count); }
+  void add(const KorWstring& text) { views_.push_back(text.view()); }
+  std::size_t size() const noexcept { return views_.size(); }
+  auto visitor() const {
+    return [this](auto&& see) {
+      for (const std::u16string_view view : views_) {
+        see(view.data(), view.size());
+      }
+    };
+  }
+
+private:
+  std::vector<std::u16string_view> views_;
+};
 
 KorISRAdapterStub::Policy* findPolicy(PolicyStore& policies, const KorWstring& type, const KorWstring& name) {
   const auto byType = policies.find(type);
@@ -165,12 +187,19 @@ void KorISRAdapterStub::deleteBTD(const KorWstring& name) {
 void KorISRAdapterStub::listBTDs(std::vector<KorWstring>& uris) {
   const char* const function = "KorISRAdapterStub::listBTDs";
   const KorLogToken token = tracing() ? KorLog::entry(function) : 0;
+  // Copies of the stored URIs would cost an atomic increment each; one
+  // block for the listing costs one allocation.
+  StoredTexts stored(btds_.size());
   for (const auto& entry : btds_) {
     if (tracing()) {
       KorLog::trace(function, token, {"Adding URI to result", entry.second.uri});
     }
-    uris.push_back(entry.second.uri);
+    stored.add(entry.second.uri);
   }
+  if (uris.capacity() - uris.size() < stored.size()) {
+    uris.reserve(std::max(uris.size() + stored.size(), 2 * uris.capacity()));
+  }
+  korHandOut(stored.size(), stored.visitor(), [&uris](KorWstring uri) { uris.push_back(std::move(uri)); });
   if (tracing()) {
     KorLog::exit(function, token);
   }
@@ -179,15 +208,18 @@ void KorISRAdapterStub::listBTDs(std::vector<KorWstring>& uris) {
 std::vector<KorWstring> KorISRAdapterStub::getBTDNames(KorWstring& names) {
   const char* const function = "KorISRAdapterStub::getBTDNames";
   const KorLogToken token = tracing() ? KorLog::entry(function) : 0;
-  std::vector<KorWstring> result;
-  names.clear();
+  StoredTexts stored(btds_.size());
   for (const auto& entry : btds_) {
     if (tracing()) {
       KorLog::trace(function, token, {"Adding name to result", entry.first});
     }
-    result.push_back(entry.first);
-    korAppendName(names, entry.first);
+    stored.add(entry.first);
   }
+  std::vector<KorWstring> result;
+  result.reserve(stored.size());
+  names.clear();
+  korHandOutJoined(stored.size(), stored.visitor(), names,
+                   [&result](KorWstring name) { result.push_back(std::move(name)); });
   if (tracing()) {
     KorLog::exit(function, token);
   }
@@ -268,10 +300,13 @@ std::vector<KorWstring> KorISRAdapterStub::getPolicyNames(const KorWstring& type
   std::vector<KorWstring> result;
   const auto byType = policies_.find(type);
   if (byType != policies_.end()) {
+    StoredTexts stored(byType->second.size());
     for (const auto& entry : byType->second) {
-      korAppendName(names, entry.first);
-      result.push_back(entry.first);
+      stored.add(entry.first);
     }
+    result.reserve(stored.size());
+    korHandOutJoined(stored.size(), stored.visitor(), names,
+                     [&result](KorWstring name) { result.push_back(std::move(name)); });
   }
   if (tracing()) {
     KorLog::exit(function, token, {result.size()});

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "KorISRAdapterJniManager.hpp"
+#include "KorListedTexts.hpp"
 
 #include <KorJniReturn.hpp>
 #include <KorLocalJavaStackFrame.hpp>
@@ -64,6 +65,18 @@ public:
     return result;
   }
 
+  // As text, into a listing's scratch: a null string is the empty text, and
+  // a failed read keeps nothing.
+  void text(const KorCallLabel& label, jobject string, KorListedTexts& into) {
+    const auto javaString = static_cast<jstring>(string);
+    const jsize length = javaString != nullptr ? env_->GetStringLength(javaString) : 0;
+    if (length != 0) {
+      env_->GetStringRegion(javaString, 0, length, reinterpret_cast<jchar*>(into.room(length)));
+    }
+    check(label);
+    into.keep();
+  }
+
   // An instance method returning void, bool or jobject.
   template <typename R, typename... Args>
   R call(const KorCallLabel& label, jobject receiver, jmethodID method, Args... args) {
@@ -108,6 +121,16 @@ public:
   template <typename... Args>
   KorWstring optionalText(const KorCallLabel& label, jobject receiver, jmethodID method, Args... args) {
     return text(label, call<jobject>(label, receiver, method, args...));
+  }
+  template <typename... Args>
+  void requiredText(KorListedTexts& into, const KorCallLabel& label, jobject receiver, jmethodID method,
+                    Args... args) {
+    text(label, nonNull(label, call<jobject>(label, receiver, method, args...)), into);
+  }
+  template <typename... Args>
+  void optionalText(KorListedTexts& into, const KorCallLabel& label, jobject receiver, jmethodID method,
+                    Args... args) {
+    text(label, call<jobject>(label, receiver, method, args...), into);
   }
 
   jobject nonNull(const KorCallLabel& label, jobject result) {

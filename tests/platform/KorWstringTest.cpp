@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -59,6 +61,29 @@ TEST(KorWstringTest, CopySharesBufferAndWriteCopiesFirst) {
   EXPECT_EQ(copy.data(), own);
   EXPECT_EQ(copy.view(), u"again");
   EXPECT_TRUE(fourth.empty());
+}
+
+// Texts of one block compare by their units, are written alone and outlive
+// the rest; the block hands out no more texts than it counted.
+TEST(KorWstringTest, BlockTextsShareOneCountButNothingElse) {
+  std::vector<KorWstring> texts;
+  {
+    KorWstringBlock block(7, 3);
+    texts = {block.text(u"ab", 2), block.text(u"ab", 2), block.text(u"cde", 3)};
+    EXPECT_TRUE(block.text(u"", 0).empty());
+    EXPECT_THROW(block.text(u"a", 1), std::out_of_range);
+  }
+  EXPECT_THROW(KorWstringBlock(4, 2).text(u"abcde", 5), std::out_of_range);
+  EXPECT_FALSE(texts[0].sharesBufferWith(texts[1]) || std::less<KorWstring>()(texts[0], texts[1]));
+  EXPECT_EQ(texts[0], texts[1]);
+  EXPECT_NE(texts[1], texts[2]);
+  texts[1] += texts[2];
+  EXPECT_EQ(texts[0].view(), u"ab");
+  EXPECT_EQ(texts[1].view(), u"abcde");
+  KorWstring last = std::move(texts[2]);
+  texts.clear();
+  last.append(u"!", 1);
+  EXPECT_EQ(last.view(), u"cde!");
 }
 
 TEST(KorWstringTest, AppendGrowsGeometricallyAndMayReadItself) {
