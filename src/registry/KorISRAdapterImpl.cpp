@@ -70,6 +70,25 @@ void storePolicy(jobject adapter, const char* function, KorLogToken token, Adapt
   uri = java.requiredText(storeLabel, object, policy.getUri);
 }
 
+const char* const btdListLabel = "method_com_vantor_broker_isr_ISRAdapter_getBTDs";
+
+// Reads one text of every BTD of a listing into texts.
+void readEachBTD(KorJniCallScope& java, const char* function, KorLogToken token, jobject btds,
+                 jmethodID KorISRAdapterJniManager::BTDDocumentClass::*read, const char* readLabel,
+                 const char* traceText, KorListedTexts& texts) {
+  // The length is read again before every element.
+  for (jsize i = 0, length = java.length(btds); i < length; ++i, length = java.length(btds)) {
+    if (i == 0) {
+      texts.expect(static_cast<std::size_t>(length));
+    }
+    jobject btd = java.nonNull(readLabel, java.element(btdListLabel, btds, i));
+    java.requiredText(texts, readLabel, btd, java.manager().btdDocument().*read);
+    if (debugTrace()) {
+      KorLog::debugTrace(function, token, {traceText, texts.last()});
+    }
+  }
+}
+
 // A listing's walk reads every text into one KorListedTexts; the texts that
 // arrived before a failure are still handed out, then the failure leaves.
 template <typename Walk, typename HandOut> void walkListing(Walk&& walk, HandOut&& handOut) {
@@ -184,23 +203,13 @@ void KorISRAdapterImpl::listBTDs(std::vector<KorWstring>& uris) {
   const char* const function = "KorISRAdapterImpl::listBTDs";
   KorLogToken token = debugEntry(function);
   KorJniCallScope java(function, token);
-  const char* const listLabel = "method_com_vantor_broker_isr_ISRAdapter_getBTDs";
   const char* const readLabel = "method_com_vantor_broker_isr_BTDDocument_getUri";
-  jobject btds = java.call<jobject>(listLabel, javaAdapter_, java.manager().isrAdapter().getBTDs);
+  jobject btds = java.call<jobject>(btdListLabel, javaAdapter_, java.manager().isrAdapter().getBTDs);
   KorListedTexts texts;
   walkListing(
       [&] {
-        // The length is read again before every element.
-        for (jsize i = 0, length = java.length(btds); i < length; ++i, length = java.length(btds)) {
-          if (i == 0) {
-            texts.expect(static_cast<std::size_t>(length));
-          }
-          jobject btd = java.nonNull(readLabel, java.element(listLabel, btds, i));
-          java.requiredText(texts, readLabel, btd, java.manager().btdDocument().getUri);
-          if (debugTrace()) {
-            KorLog::debugTrace(function, token, {"Adding URI to result", texts.last()});
-          }
-        }
+        readEachBTD(java, function, token, btds, &KorISRAdapterJniManager::BTDDocumentClass::getUri,
+                    readLabel, "Adding URI to result", texts);
       },
       [&] {
         // Geometric growth still, for a caller that appends listing after listing.
@@ -216,25 +225,15 @@ std::vector<KorWstring> KorISRAdapterImpl::getBTDNames(KorWstring& names) {
   const char* const function = "KorISRAdapterImpl::getBTDNames";
   KorLogToken token = debugEntry(function);
   KorJniCallScope java(function, token);
-  const char* const listLabel = "method_com_vantor_broker_isr_ISRAdapter_getBTDs";
   const char* const readLabel = "method_com_vantor_broker_isr_BTDDocument_getName";
-  jobject btds = java.call<jobject>(listLabel, javaAdapter_, java.manager().isrAdapter().getBTDs);
+  jobject btds = java.call<jobject>(btdListLabel, javaAdapter_, java.manager().isrAdapter().getBTDs);
   std::vector<KorWstring> result;
   names.clear();
   KorListedTexts texts;
   walkListing(
       [&] {
-        // The length is read again before every element.
-        for (jsize i = 0, length = java.length(btds); i < length; ++i, length = java.length(btds)) {
-          if (i == 0) {
-            texts.expect(static_cast<std::size_t>(length));
-          }
-          jobject btd = java.nonNull(readLabel, java.element(listLabel, btds, i));
-          java.requiredText(texts, readLabel, btd, java.manager().btdDocument().getName);
-          if (debugTrace()) {
-            KorLog::debugTrace(function, token, {"Adding name to result", texts.last()});
-          }
-        }
+        readEachBTD(java, function, token, btds, &KorISRAdapterJniManager::BTDDocumentClass::getName,
+                    readLabel, "Adding name to result", texts);
       },
       [&] {
         result.reserve(texts.size());
