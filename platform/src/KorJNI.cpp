@@ -1,6 +1,7 @@
 #include "KorJNI.hpp"
 
 #include "KorJniRef.hpp"
+#include "KorLog.hpp"
 
 #include <mutex>
 #include <string>
@@ -10,8 +11,30 @@ namespace {
 std::mutex loaderLock;
 jobject registryLoader = nullptr; // global reference; null means the system loader
 
-[[noreturn]] void fail(JNIEnv* env, std::int32_t kind, const char* className, const char* memberName) {
+// The failure carries names only; the Java error's own text (a class that
+// would not load says why) goes to the trace.
+void traceJavaError(JNIEnv* env, jthrowable error) {
+  KorLocalRef<jclass> errorClass(env, env->GetObjectClass(error));
+  jmethodID toString = env->GetMethodID(errorClass.get(), "toString", "()Ljava/lang/String;");
+  KorLocalRef<jstring> text(
+      env, toString != nullptr ? static_cast<jstring>(env->CallObjectMethod(error, toString)) : nullptr);
+  KorWstring insert;
+  if (text && !env->ExceptionCheck()) {
+    const jsize length = env->GetStringLength(text.get());
+    env->GetStringRegion(text.get(), 0, length, reinterpret_cast<jchar*>(insert.resizeForOverwrite(length)));
+  }
+  if (!env->ExceptionCheck()) {
+    KorLog::debugTrace("KorJNI::findClassesAndMethodsUsingISRClassLoader", 0, {"Java error", insert});
+  }
   env->ExceptionClear();
+}
+
+[[noreturn]] void fail(JNIEnv* env, std::int32_t kind, const char* className, const char* memberName) {
+  KorLocalRef<jthrowable> error(env, env->ExceptionOccurred());
+  env->ExceptionClear();
+  if (error && KorLog::iEffectiveLogFilter > 3) {
+    traceJavaError(env, error.get());
+  }
   throw KorJNI::Failure{kind, className, memberName};
 }
 

@@ -72,9 +72,14 @@ row("trace_file_unwritable", stub + "--trace 3 --trace-file /nonexistent/trace",
     says="cannot open the trace file /nonexistent/trace: No such file or directory")
 row("java_without_registry_classes", "--json", 2, stdin=ok, out=b"", bare=True,
     err="cannot start the registry: DRX3702: .*ISRAdapter_getInstance.*Unable to locate Java class "
-    "com/vantor/broker/isr/ISRAdapter")
+    r"com/vantor/broker/isr/ISRAdapter \(java.lang.ClassNotFoundException: com.vantor.broker.isr.ISRAdapter\)\)$")
 row("unresolved_method", java + "--classpath tests/java/legiorrug-migration-without-migrateisr.jar", 0,
-    err="^legiorrug: Unable to locate Java method or field migrateISR com/vantor/broker/isr/migration/ISRMigration")
+    says="Unable to locate Java method or field migrateISR com/vantor/broker/isr/migration/ISRMigration "
+    "(java.lang.NoSuchMethodError: migrateISR); the calls that need it fail")
+os.makedirs(binary + "/tests/shell/corrupt/com/vantor/broker/isr", exist_ok=True)
+open(binary + "/tests/shell/corrupt/com/vantor/broker/isr/ISRAdapter.class", "w").write("not a class")
+row("corrupt_class", "--classpath tests/shell/corrupt", 2, stdin=ok,
+    err=r"Unable to locate Java class com/vantor/broker/isr/ISRAdapter \(java.lang.ClassFormatError: Incompatible")
 row("stub_without_jvm_or_trace", stub, 0, stdin=ok, env=no_jvm, err=r"^\Z")
 row("java_without_jvm", "--json", 2, stdin=ok, out=b"", env=no_jvm,
     err="cannot start the Java virtual machine .*tried: /nonexistent/lib/server/libjvm.so.*; /nonexistent/libjvm.so")

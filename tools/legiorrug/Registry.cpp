@@ -167,22 +167,30 @@ public:
   void write(const KorLogRecord& record) override {
     bool debug = record.kind == KorLogKind::debugEntry || record.kind == KorLogKind::debugExit ||
                  record.kind == KorLogKind::debugTrace;
-    if (debug && !record.inserts.empty() &&
-        record.inserts.front().toUtf8().rfind("Unable to locate", 0) == 0) {
+    const std::string first = debug && !record.inserts.empty() ? record.inserts.front().toUtf8() : "";
+    if (first.rfind("Unable to locate", 0) == 0) {
       for (const KorWstring& insert : record.inserts) {
-        unresolved += (unresolved.empty() ? "" : " ") + insert.toUtf8();
+        unresolved_ += (unresolved_.empty() ? "" : " ") + insert.toUtf8();
       }
+    } else if (first == "Java error" && record.inserts.size() == 2) {
+      javaError_ = record.inserts.back().toUtf8();
     }
     if (next_ != nullptr && (record.kind == KorLogKind::systemError || level_ > (debug ? 3 : 2))) {
       next_->write(record);
     }
   }
 
-  std::string unresolved; // empty when the lookup found everything
+  // What the lookup could not resolve, and the Java error it met; empty when
+  // it found everything.
+  std::string unresolved() const {
+    return unresolved_.empty() || javaError_.empty() ? unresolved_ : unresolved_ + " (" + javaError_ + ")";
+  }
 
 private:
   std::shared_ptr<KorLogSink> next_;
   int level_;
+  std::string unresolved_;
+  std::string javaError_;
 };
 
 KorISRAdapter& startJavaAdapter(const std::vector<std::string>& classPath) {
@@ -201,13 +209,13 @@ KorISRAdapter& startJavaAdapter(const std::vector<std::string>& classPath) {
   } restore{sink, level};
   try {
     KorISRAdapter& adapter = *KorISRAdapter::isrAdapter();
-    if (!watch->unresolved.empty()) {
-      std::cerr << "legiorrug: " << watch->unresolved << " (the calls that need it fail)\n";
+    if (!watch->unresolved().empty()) {
+      std::cerr << "legiorrug: " << watch->unresolved() << "; the calls that need it fail\n";
     }
     return adapter;
   } catch (const KorException& error) {
     throw StartError("cannot start the registry: " + describe(error) + " (class path: " + joined(classPath) +
-                     (watch->unresolved.empty() ? "" : "; " + watch->unresolved) + ")");
+                     (watch->unresolved().empty() ? "" : "; " + watch->unresolved()) + ")");
   }
 }
 
