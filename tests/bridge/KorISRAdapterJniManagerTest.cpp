@@ -78,6 +78,12 @@ TEST_F(JniManagerTest, AFatalClassThatIsAlsoKnownIsFatal) {
   EXPECT_TRUE(outcome.exceptionThrown() && outcome.fatal() && outcome.known());
 }
 
+TEST_F(JniManagerTest, AMissingFatalClassRaisesWithNothingLeftPending) {
+  KorJniManager::setDefaultFatalClassName("no/such/Fatal");
+  EXPECT_THROW(KorISRAdapterJniManager::instance(), KorFatalException);
+  EXPECT_FALSE(env->ExceptionCheck());
+}
+
 TEST_F(JniManagerTest, UnpackingReadsTheNumberAgainAndAppendsTheInserts) {
   const KorISRAdapterJniManager* manager = KorISRAdapterJniManager::instance();
   jobject exception = renumbered(env);

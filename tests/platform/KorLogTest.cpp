@@ -54,9 +54,9 @@ TEST(KorLogTest, InsertsRender) {
 TEST(KorAbendDeathTest, TerminatingVariantReportsThenAborts) {
   EXPECT_DEATH(KorAbend::logSystemErrorAndTerminateProcessInternal(
                    "include/KorMutex", 7, "KorMutex::lock", "Trying to lock an invalid mutex", "", -1,
-                   static_cast<const char*>(nullptr), {}, {}, nullptr, false),
+                   static_cast<const char*>(nullptr), {}, {}, "data", false),
                "systemError KorMutex::lock .*\"include/KorMutex\" \"7\" \"Trying to lock an invalid mutex\" "
-               "\"-1\"\n");
+               "\"-1\" \"0x[0-9a-f]+\"\n");
 }
 
 } // namespace

@@ -160,7 +160,7 @@ TEST(KorWstringTest, ToUtf8ReplacesLoneSurrogates) {
 
 TEST(KorWstringTest, WideLiteralConversion) {
   EXPECT_TRUE(KorWstringConvertor::toKorWstring(L"").empty());
-  EXPECT_EQ(KorWstringConvertor::toKorWstring(L"a\U0001F600\u00E9").view(), u"a\U0001F600\u00E9");
+  EXPECT_EQ(KorWstringConvertor::toKorWstring(L"a\U0001F600\U0010FFFF").view(), u"a\U0001F600\U0010FFFF");
   const wchar_t loneSurrogate[] = {L'x', static_cast<wchar_t>(0xDC01), 0};
   EXPECT_EQ(KorWstringConvertor::toKorWstring(loneSurrogate).view(), u"x\xDC01");
   const wchar_t tooLarge[] = {L'x', L'y', static_cast<wchar_t>(0x110000), 0};

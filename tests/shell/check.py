@@ -51,6 +51,8 @@ row("text_output", stub, 2, stdin=cases + "text.lgr", out="text.out",
     err=r'^legiorrug: line 4: unknown command "nope" .*\n\Z')
 for registry in stub, java:
     row("sample_script", registry + "-f " + source + "/examples/registry.lgr", 1, forbid="WARNING")
+row("java_text_service", java, 0, stdin=b"createService s ns d\ngetService s\n",
+    out=b'1 createService: done\n2 getService: true\n  service = "s" in namespace "ns", document "d"\n')
 row("byte_order_mark", stub, 0, stdin=b"\xef\xbb\xbfbtdExists a\n")
 # The README's JSON Lines examples print what it shows.
 examples = re.findall(r"^\$ legiorrug ([^\n]*) <<'EOF'\n(.*?)^EOF\n(.*?)^```", open(source + "/README.md").read(),
