@@ -57,21 +57,6 @@ public:
   virtual void write(const KorLogRecord& record) = 0;
 };
 
-// One line per record, for people, as toString() renders it: to stderr, or
-// appended to a file it opens. Each line is flushed as it is written.
-class KorLogTextSink : public KorLogSink {
-public:
-  KorLogTextSink();                                 // stderr
-  explicit KorLogTextSink(const std::string& path); // throws std::system_error
-  ~KorLogTextSink() override;
-  void write(const KorLogRecord& record) override;
-
-private:
-  std::mutex mutex_;
-  std::FILE* file_;
-  bool owned_;
-};
-
 // Keeps every record, for tests.
 class KorLogCapture : public KorLogSink {
 public:

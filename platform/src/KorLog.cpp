@@ -2,9 +2,8 @@
 
 #include "KorNamedLogSource.hpp"
 
-#include <cerrno>
 #include <cinttypes>
-#include <system_error>
+#include <cstdio>
 #include <utility>
 
 std::atomic<int> KorLog::iEffectiveLogFilter{0};
@@ -145,29 +144,6 @@ KorLogInsert::KorLogInsert(const void* address) {
 }
 
 KorLogSink::~KorLogSink() = default;
-
-KorLogTextSink::KorLogTextSink() : file_(stderr), owned_(false) {}
-
-KorLogTextSink::KorLogTextSink(const std::string& path)
-    : file_(std::fopen(path.c_str(), "ae")), owned_(true) {
-  if (file_ == nullptr) {
-    throw std::system_error(errno, std::generic_category(), "cannot open trace file " + path);
-  }
-}
-
-KorLogTextSink::~KorLogTextSink() {
-  if (owned_) {
-    std::fclose(file_);
-  }
-}
-
-void KorLogTextSink::write(const KorLogRecord& record) {
-  const std::string line = toString(record) + '\n';
-  std::lock_guard<std::mutex> lock(mutex_);
-  // A trace that cannot be written must not fail the traced operation.
-  std::fwrite(line.data(), 1, line.size(), file_);
-  std::fflush(file_);
-}
 
 void KorLogCapture::write(const KorLogRecord& record) {
   std::lock_guard<std::mutex> lock(mutex_);
