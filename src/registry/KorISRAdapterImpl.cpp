@@ -8,7 +8,6 @@
 #include <KorJVM.hpp>
 #include <KorLog.hpp>
 
-#include <algorithm>
 #include <utility>
 
 namespace {
@@ -211,13 +210,7 @@ void KorISRAdapterImpl::listBTDs(std::vector<KorWstring>& uris) {
         readEachBTD(java, function, token, btds, &KorISRAdapterJniManager::BTDDocumentClass::getUri,
                     readLabel, "Adding URI to result", texts);
       },
-      [&] {
-        // Geometric growth still, for a caller that appends listing after listing.
-        if (uris.capacity() - uris.size() < texts.size()) {
-          uris.reserve(std::max(uris.size() + texts.size(), 2 * uris.capacity()));
-        }
-        texts.handOut([&uris](KorWstring uri) { uris.push_back(std::move(uri)); });
-      });
+      [&] { texts.appendTo(uris); });
   debugExit(function, token);
 }
 
@@ -235,10 +228,7 @@ std::vector<KorWstring> KorISRAdapterImpl::getBTDNames(KorWstring& names) {
         readEachBTD(java, function, token, btds, &KorISRAdapterJniManager::BTDDocumentClass::getName,
                     readLabel, "Adding name to result", texts);
       },
-      [&] {
-        result.reserve(texts.size());
-        texts.handOutJoined(names, [&result](KorWstring name) { result.push_back(std::move(name)); });
-      });
+      [&] { result = texts.listJoined(names); });
   debugExit(function, token);
   return result;
 }

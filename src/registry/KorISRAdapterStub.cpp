@@ -6,7 +6,6 @@
 #include <KorException.hpp>
 #include <KorLog.hpp>
 
-#include <algorithm>
 #include <initializer_list>
 #include <string_view>
 
@@ -196,10 +195,7 @@ void KorISRAdapterStub::listBTDs(std::vector<KorWstring>& uris) {
     }
     stored.add(entry.second.uri);
   }
-  if (uris.capacity() - uris.size() < stored.size()) {
-    uris.reserve(std::max(uris.size() + stored.size(), 2 * uris.capacity()));
-  }
-  korHandOut(stored.size(), stored.visitor(), [&uris](KorWstring uri) { uris.push_back(std::move(uri)); });
+  korAppendListed(stored.size(), stored.visitor(), uris);
   if (tracing()) {
     KorLog::exit(function, token);
   }
@@ -215,11 +211,8 @@ std::vector<KorWstring> KorISRAdapterStub::getBTDNames(KorWstring& names) {
     }
     stored.add(entry.first);
   }
-  std::vector<KorWstring> result;
-  result.reserve(stored.size());
   names.clear();
-  korHandOutJoined(stored.size(), stored.visitor(), names,
-                   [&result](KorWstring name) { result.push_back(std::move(name)); });
+  std::vector<KorWstring> result = korListJoined(stored.size(), stored.visitor(), names);
   if (tracing()) {
     KorLog::exit(function, token);
   }
@@ -304,9 +297,7 @@ std::vector<KorWstring> KorISRAdapterStub::getPolicyNames(const KorWstring& type
     for (const auto& entry : byType->second) {
       stored.add(entry.first);
     }
-    result.reserve(stored.size());
-    korHandOutJoined(stored.size(), stored.visitor(), names,
-                     [&result](KorWstring name) { result.push_back(std::move(name)); });
+    result = korListJoined(stored.size(), stored.visitor(), names);
   }
   if (tracing()) {
     KorLog::exit(function, token, {result.size()});

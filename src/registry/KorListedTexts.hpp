@@ -54,6 +54,25 @@ void korHandOutJoined(std::size_t count, Visit&& visit, KorWstring& joined, Each
   joined = std::move(whole);
 }
 
+// Appends the texts to list, growing it geometrically still, for a caller
+// that appends listing after listing.
+template <typename Visit>
+void korAppendListed(std::size_t count, Visit&& visit, std::vector<KorWstring>& list) {
+  if (list.capacity() - list.size() < count) {
+    list.reserve(std::max(list.size() + count, 2 * list.capacity()));
+  }
+  korHandOut(count, visit, [&list](KorWstring text) { list.push_back(std::move(text)); });
+}
+
+// The texts as a list, each also appended to joined as korHandOutJoined does.
+template <typename Visit>
+std::vector<KorWstring> korListJoined(std::size_t count, Visit&& visit, KorWstring& joined) {
+  std::vector<KorWstring> list;
+  list.reserve(count);
+  korHandOutJoined(count, visit, joined, [&list](KorWstring text) { list.push_back(std::move(text)); });
+  return list;
+}
+
 // The texts of a listing read one by one (from Java), gathered in scratch
 // storage that the thread reuses from one listing to the next, then handed
 // out as above.
@@ -90,7 +109,8 @@ public:
   }
 
   template <typename Each> void handOut(Each&& each) const;
-  template <typename Each> void handOutJoined(KorWstring& joined, Each&& each) const;
+  void appendTo(std::vector<KorWstring>& list) const;
+  std::vector<KorWstring> listJoined(KorWstring& joined) const;
 
 private:
   // Units grow by realloc: no zero fill, and a large block moves by
@@ -151,6 +171,10 @@ template <typename Each> void KorListedTexts::handOut(Each&& each) const {
   korHandOut(size(), visitor(), each);
 }
 
-template <typename Each> void KorListedTexts::handOutJoined(KorWstring& joined, Each&& each) const {
-  korHandOutJoined(size(), visitor(), joined, each);
+inline void KorListedTexts::appendTo(std::vector<KorWstring>& list) const {
+  korAppendListed(size(), visitor(), list);
+}
+
+inline std::vector<KorWstring> KorListedTexts::listJoined(KorWstring& joined) const {
+  return korListJoined(size(), visitor(), joined);
 }
