@@ -90,26 +90,25 @@ jstring KorJniManager::KorWstringTojavaString(JNIEnv* env, const KorWstring& tex
 }
 
 KorWstring KorJniManager::javaStringToKorWstringInternal(JNIEnv* env, jstring string) const {
-  if (string == nullptr) {
-    return {};
-  }
-  jsize length = env->GetStringLength(string);
   KorWstring text;
-  env->GetStringRegion(string, 0, length, reinterpret_cast<jchar*>(text.resizeForOverwrite(length)));
-  // The buffer was sized, not filled: a failed read must not hand it out.
-  if (env->ExceptionCheck()) {
-    return {};
-  }
+  javaStringToKorWstring(env, string, text);
   return text;
 }
 
 bool KorJniManager::javaStringToKorWstring(JNIEnv* env, jstring string, KorWstring& text) const {
-  KorWstring read = javaStringToKorWstringInternal(env, string);
-  const bool failed = env->ExceptionCheck() != JNI_FALSE;
-  if (!failed) {
-    text = std::move(read);
+  if (string == nullptr) {
+    text = KorWstring();
+    return true;
   }
-  return !failed;
+  const jsize length = env->GetStringLength(string);
+  KorWstring read;
+  env->GetStringRegion(string, 0, length, reinterpret_cast<jchar*>(read.resizeForOverwrite(length)));
+  // The buffer was sized, not filled: a failed read must not hand it out.
+  if (env->ExceptionCheck()) {
+    return false;
+  }
+  text = std::move(read);
+  return true;
 }
 
 void KorJniManager::setDefaultFatalClassName(const std::string& className) {

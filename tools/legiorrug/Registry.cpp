@@ -126,6 +126,9 @@ template <typename T> T checked(JNIEnv* env, T value) {
 void routeJavaErrors(const std::string& traceFile) {
   KorLocalJavaStackFrame frame;
   JNIEnv* env = frame.env();
+  if (!frame.pushed()) {
+    javaErrorsUnrouted(env);
+  }
   jobject stream = nullptr;
   if (!traceFile.empty()) {
     jclass file = checked(env, env->FindClass("java/io/FileOutputStream"));
