@@ -1,6 +1,9 @@
 #include "BenchSupport.hpp"
 
 #include <KorJVM.hpp>
+#include <KorJVMStartup.hpp>
+#include <KorLogSink.hpp>
+#include <KorWstringText.hpp>
 
 #include <cstdio>
 #include <cstdlib>
@@ -64,7 +67,7 @@ void startJvm() {
     options.classPath.push_back(entry);
   }
   options.options = {"-Xms1g", "-Xmx1g", "-XX:+AlwaysPreTouch", "-Djava.awt.headless=true"};
-  KorJVM::create(options);
+  KorJVMStartup::create(options);
 }
 
 std::uint64_t allocations() {
@@ -80,7 +83,7 @@ void countAllocations(benchmark::State& state, std::uint64_t count, double items
 }
 
 KorWstring text(const std::string& utf8) {
-  return KorWstring::fromUtf8(utf8);
+  return KorWstringText::fromUtf8(utf8);
 }
 
 KorWstring numbered(const char* prefix, int index) {
@@ -100,14 +103,14 @@ KorWstring document(int count) {
 TraceSetting::TraceSetting(int level) : previousLevel_(KorLog::iEffectiveLogFilter.exchange(level)) {
   if (level == 0) {
     counter_ = std::make_shared<CountingSink>();
-    previousSink_ = KorLog::setSink(counter_);
+    previousSink_ = KorLogSink::install(counter_);
   } else {
-    previousSink_ = KorLog::setSink(std::make_shared<DiscardingSink>());
+    previousSink_ = KorLogSink::install(std::make_shared<DiscardingSink>());
   }
 }
 
 TraceSetting::~TraceSetting() {
-  KorLog::setSink(previousSink_);
+  KorLogSink::install(previousSink_);
   KorLog::iEffectiveLogFilter = previousLevel_;
 }
 

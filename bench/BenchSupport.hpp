@@ -2,6 +2,7 @@
 
 #include <KorISRAdapterImpl.hpp>
 #include <KorLog.hpp>
+#include <KorLogSink.hpp>
 #include <KorWstring.hpp>
 
 #include <benchmark/benchmark.h>

@@ -3,6 +3,7 @@
 #include "BenchSupport.hpp"
 
 #include <KorISRAdapterStub.hpp>
+#include <KorWstringText.hpp>
 
 #include <map>
 #include <memory>
@@ -43,7 +44,7 @@ template <typename Text> struct Probe {
 };
 
 std::u16string standard(const KorWstring& text) {
-  return std::u16string(text.view());
+  return std::u16string(KorWstringText::view(text));
 }
 
 // Both stores with count BTDs and the policies, built once per count.

@@ -3,6 +3,7 @@
 
 #include <KorISRAdapterJniManager.hpp>
 #include <KorJVM.hpp>
+#include <KorWstringText.hpp>
 
 #include <string>
 #include <vector>
@@ -15,7 +16,7 @@ using namespace bench;
 // the JVM cannot store compactly as Latin-1.
 KorWstring sample(const benchmark::State& state) {
   const auto length = static_cast<std::size_t>(state.range(0));
-  return KorWstring(std::u16string(length, state.range(1) != 0 ? u'a' : u'\u0416'));
+  return KorWstringText::fromUtf16(std::u16string(length, state.range(1) != 0 ? u'a' : u'\u0416'));
 }
 
 void toJava(benchmark::State& state, bool bare) {

@@ -4,6 +4,7 @@
 #include "CommandLine.hpp"
 
 #include <KorWstring.hpp>
+#include <KorWstringText.hpp>
 
 #include <cstdint>
 #include <cstdlib>
@@ -14,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::string quoted;
   for (const auto& word : words != nullptr ? *words : Words()) {
     const std::string one = quote(word);
-    KorWstring::fromUtf8(one); // printable UTF-8: a strict decode succeeds
+    KorWstringText::fromUtf8(one); // printable UTF-8: a strict decode succeeds
     if (std::get<Words>(splitLine(one)) != Words{word}) {
       std::abort();
     }

@@ -2,6 +2,7 @@
 // checked, answer by answer, against a model of its two stores.
 #include <KorException.hpp>
 #include <KorISRAdapterStub.hpp>
+#include <KorWstringText.hpp>
 
 #include <algorithm>
 #include <cstdint>
@@ -40,7 +41,7 @@ template <typename Store> Text names(const Store& store, Text start, std::vector
   require(listed.size() == store.size());
   auto entry = store.begin();
   for (const KorWstring& name : listed) {
-    require(name.view() == entry->first);
+    require(KorWstringText::view(name) == entry->first);
     start += (start.empty() ? u"" : u" ") + (entry++)->first;
   }
   return start;
@@ -82,12 +83,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       stub.createBTD(n, c, uri);
       record = &btds.try_emplace(name, Record{{}, made}).first->second;
       record->text = content;
-      require(uri.view() == record->uri);
+      require(KorWstringText::view(uri) == record->uri);
       break;
     case 7: {
       const bool added = ofType.try_emplace(name, Record{content, made}).second;
       expect(!added, 0xC0000841, [&] { stub.createPolicy(t, n, c, uri); });
-      require(uri.view() == (added ? made : proposed));
+      require(KorWstringText::view(uri) == (added ? made : proposed));
       break;
     }
     case 1:
@@ -97,14 +98,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       if (record != nullptr) {
         record->text = content;
       }
-      require(uri.view() == (record != nullptr ? record->uri : proposed));
+      require(KorWstringText::view(uri) == (record != nullptr ? record->uri : proposed));
       break;
     case 2:
     case 9:
       expect(record == nullptr, missing,
              [&] { ofBtd ? stub.getBTD(n, out, uri) : stub.getPolicy(t, n, out, uri); });
-      require(out.view() == (record != nullptr ? record->text : u"before") &&
-              uri.view() == (record != nullptr ? record->uri : proposed));
+      require(KorWstringText::view(out) == (record != nullptr ? record->text : u"before") &&
+              KorWstringText::view(uri) == (record != nullptr ? record->uri : proposed));
       break;
     case 3:
     case 10:
@@ -117,17 +118,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     case 5: { // Appends to the URIs it is given.
       std::vector<KorWstring> uris{out};
       stub.listBTDs(uris);
-      require(std::equal(
-          btds.begin(), btds.end(), uris.begin() + 1, uris.end(),
-          [](const auto& entry, const KorWstring& uri) { return uri.view() == entry.second.uri; }));
+      require(std::equal(btds.begin(), btds.end(), uris.begin() + 1, uris.end(),
+                         [](const auto& entry, const KorWstring& uri) {
+                           return KorWstringText::view(uri) == entry.second.uri;
+                         }));
       break;
     }
     case 6:
-      require(names(btds, u"", stub.getBTDNames(out)) == out.view());
+      require(names(btds, u"", stub.getBTDNames(out)) == KorWstringText::view(out));
       break;
     case 12: { // Appends to the names it is given, unlike getBTDNames.
       KorWstring joined(proposed);
-      require(names(ofType, proposed, stub.getPolicyNames(t, joined)) == joined.view());
+      require(names(ofType, proposed, stub.getPolicyNames(t, joined)) == KorWstringText::view(joined));
       break;
     }
     default:

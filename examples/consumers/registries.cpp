@@ -5,6 +5,9 @@
 #include <KorException.hpp>
 #include <KorISRAdapter.hpp>
 #include <KorJVM.hpp>
+#include <KorJVMStartup.hpp>
+#include <KorStartParametersSetup.hpp>
+#include <KorWstringText.hpp>
 
 #include <iostream>
 #include <string>
@@ -12,11 +15,11 @@
 namespace {
 
 bool roundTrip(int containerKind) {
-  KorCommonStartParameters::setContainerInfo(KorContainerInfo{containerKind});
-  KorISRAdapter* registry = KorISRAdapter::isrAdapter(KorWstring::fromUtf8("consumer"));
+  KorStartParametersSetup::setContainerInfo(KorContainerInfo{containerKind});
+  KorISRAdapter* registry = KorISRAdapter::isrAdapter(KorWstringText::fromUtf8("consumer"));
   KorWstring uri;
-  registry->createBTD(KorWstring::fromUtf8("Orders"), KorWstring::fromUtf8("<btd/>"), uri);
-  const bool found = registry->btdExists(KorWstring::fromUtf8("Orders"));
+  registry->createBTD(KorWstringText::fromUtf8("Orders"), KorWstringText::fromUtf8("<btd/>"), uri);
+  const bool found = registry->btdExists(KorWstringText::fromUtf8("Orders"));
   // The next isrAdapter call makes a new instance, of the kind then set.
   delete registry;
   return found;
@@ -28,7 +31,8 @@ int main() {
   try {
     const bool inMemory = roundTrip(1);
     const std::string jars = LEGIORRUG_JAVA_DIR;
-    KorJVM::create(KorJVMOptions{{jars + "/legiorrug-plugin.jar", jars + "/legiorrug-registry.jar"}, {}});
+    KorJVMStartup::create(
+        KorJVMOptions{{jars + "/legiorrug-plugin.jar", jars + "/legiorrug-registry.jar"}, {}});
     const bool javaBacked = roundTrip(0);
     std::cout << "in-memory: " << inMemory << ", Java-backed: " << javaBacked << '\n';
     return inMemory && javaBacked ? 0 : 1;

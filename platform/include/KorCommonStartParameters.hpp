@@ -12,12 +12,9 @@ struct KorStartParameters {
   KorWstring name;
 };
 
-// Set by the host process before the first adapter is asked for.
+// What the process was started with; the factory reads both.
 class KorCommonStartParameters {
 public:
   static const KorContainerInfo& containerInfo();
   static const KorStartParameters& commonStartParameters();
-
-  static void setContainerInfo(const KorContainerInfo& info);
-  static void setCommonStartParameters(const KorStartParameters& parameters);
 };

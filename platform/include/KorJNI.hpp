@@ -36,8 +36,4 @@ public:
   // references. Stops at the first class or member it cannot resolve, clears
   // the Java exception and throws Failure; earlier slots keep their values.
   static void findClassesAndMethodsUsingISRClassLoader(const ClassInfo* table, JNIEnv* env);
-
-  // The loader the lookup goes through; null restores the default, the
-  // system class loader. The library keeps its own global reference.
-  static void setISRClassLoader(JNIEnv* env, jobject classLoader);
 };

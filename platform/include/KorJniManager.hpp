@@ -4,7 +4,6 @@
 
 #include <jni.h>
 
-#include <string>
 #include <vector>
 
 class KorJniReturn;
@@ -14,7 +13,7 @@ class KorJniReturn;
 class KorJniManager {
 public:
   // Null names take the process defaults: the fatal class java/lang/Error
-  // (or what setDefaultFatalClassName chose) and the element class
+  // (or what the host chose) and the element class
   // java/lang/Throwable. Throws KorFatalException when a class is missing.
   KorJniManager(const char* fatalClassName, const char* elementClassName);
   KorJniManager(const KorJniManager&) = delete;
@@ -41,10 +40,6 @@ public:
   jclass fatalClass() const noexcept { return fatalClass_; }
   jclass elementClass() const noexcept { return elementClass_; }
   bool debugPrint() const noexcept { return debugPrint_; }
-
-  // Host settings, read when a manager is constructed.
-  static void setDefaultFatalClassName(const std::string& className);
-  static void setDefaultDebugPrint(bool on);
 
 private:
   friend class KorJniReturn;

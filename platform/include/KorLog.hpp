@@ -4,11 +4,7 @@
 
 #include <atomic>
 #include <cstdint>
-#include <cstdio>
 #include <initializer_list>
-#include <memory>
-#include <mutex>
-#include <string>
 #include <vector>
 
 class KorNamedLogSource;
@@ -40,38 +36,10 @@ private:
   KorWstring text_;
 };
 
-enum class KorLogKind { entry, exit, trace, debugEntry, debugExit, debugTrace, systemError };
-
-struct KorLogRecord {
-  KorLogKind kind;
-  std::string function;
-  KorWstring source;
-  KorLogToken token;
-  std::vector<KorWstring> inserts;
-};
-
-// Where records go. write() may be called from many threads at once.
-class KorLogSink {
-public:
-  virtual ~KorLogSink();
-  virtual void write(const KorLogRecord& record) = 0;
-};
-
-// Keeps every record, for tests.
-class KorLogCapture : public KorLogSink {
-public:
-  void write(const KorLogRecord& record) override;
-  std::vector<KorLogRecord> records() const;
-  void clear();
-
-private:
-  mutable std::mutex mutex_;
-  std::vector<KorLogRecord> records_;
-};
-
 // The trace facility. Callers test iEffectiveLogFilter before building an
 // item: plain items above 2, debug items above 3. The item functions write
-// unconditionally to the sink the host installed (none by default).
+// unconditionally to the sink the host installed (none by default; see
+// KorLogSink.hpp).
 class KorLog {
 public:
   static std::atomic<int> iEffectiveLogFilter;
@@ -91,14 +59,4 @@ public:
   static KorLogToken debugEntry(const char* function, Inserts inserts = {});
   static void debugExit(const char* function, KorLogToken token, Inserts inserts = {});
   static void debugTrace(const char* function, KorLogToken token, Inserts inserts);
-
-  static void write(const KorLogRecord& record);
-
-  // The host's choice; null discards. Returns the sink it replaces.
-  static std::shared_ptr<KorLogSink> setSink(std::shared_ptr<KorLogSink> sink);
 };
-
-// One line: kind, function, [source], #token, then each insert in double
-// quotes with \\, \", control characters and DEL escaped, e.g.
-//   trace KorISRAdapterStub::getBTD [KorDefaultLogSource] #7 "Throwing exception" "42"
-std::string toString(const KorLogRecord& record);

@@ -1,6 +1,6 @@
 #include "KorAbend.hpp"
 
-#include "KorLog.hpp"
+#include "KorLogSink.hpp"
 
 #include <cstdio>
 #include <cstdlib>
@@ -31,7 +31,7 @@ void reportSystemError(const char* sourceFile, int sourceLine, const char* funct
     const std::string line = toString(record) + '\n';
     std::fwrite(line.data(), 1, line.size(), stderr);
     std::fflush(stderr);
-    KorLog::write(record);
+    KorLogSink::publish(record);
   } catch (...) {
   }
 }

@@ -1,5 +1,7 @@
 #include "KorCommonStartParameters.hpp"
 
+#include "KorStartParametersSetup.hpp"
+
 namespace {
 
 KorContainerInfo& containerInfoValue() {
@@ -22,10 +24,10 @@ const KorStartParameters& KorCommonStartParameters::commonStartParameters() {
   return startParametersValue();
 }
 
-void KorCommonStartParameters::setContainerInfo(const KorContainerInfo& info) {
+void KorStartParametersSetup::setContainerInfo(const KorContainerInfo& info) {
   containerInfoValue() = info;
 }
 
-void KorCommonStartParameters::setCommonStartParameters(const KorStartParameters& parameters) {
+void KorStartParametersSetup::setCommonStartParameters(const KorStartParameters& parameters) {
   startParametersValue() = parameters;
 }

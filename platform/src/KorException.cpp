@@ -1,4 +1,5 @@
 #include "KorException.hpp"
+#include "KorWstringText.hpp"
 
 #include <cinttypes>
 #include <cstdio>
@@ -69,7 +70,7 @@ void KorException::renderWhat() {
   for (const KorExceptionInsert& insert : inserts_) {
     if (!insert.isNested()) {
       rendered += ": ";
-      rendered += insert.text().toUtf8();
+      rendered += KorWstringText::toUtf8(insert.text());
       break;
     }
   }

@@ -1,7 +1,10 @@
 #include "KorJNI.hpp"
 
+#include "KorJNISetup.hpp"
+
 #include "KorJniRef.hpp"
 #include "KorLog.hpp"
+#include "KorWstringWriter.hpp"
 
 #include <mutex>
 #include <string>
@@ -14,14 +17,15 @@ jobject registryLoader = nullptr; // global reference; null means the system loa
 // The failure carries names only; the Java error's own text (a class that
 // would not load says why) goes to the trace.
 void traceJavaError(JNIEnv* env, jthrowable error) {
-  KorLocalRef<jclass> errorClass(env, env->GetObjectClass(error));
+  KorJniLocalRef<jclass> errorClass(env, env->GetObjectClass(error));
   jmethodID toString = env->GetMethodID(errorClass.get(), "toString", "()Ljava/lang/String;");
-  KorLocalRef<jstring> text(
+  KorJniLocalRef<jstring> text(
       env, toString != nullptr ? static_cast<jstring>(env->CallObjectMethod(error, toString)) : nullptr);
   KorWstring insert;
   if (text && !env->ExceptionCheck()) {
     const jsize length = env->GetStringLength(text.get());
-    env->GetStringRegion(text.get(), 0, length, reinterpret_cast<jchar*>(insert.resizeForOverwrite(length)));
+    env->GetStringRegion(text.get(), 0, length,
+                         reinterpret_cast<jchar*>(KorWstringWriter::resizeForOverwrite(insert, length)));
   }
   if (!env->ExceptionCheck()) {
     KorLog::debugTrace("KorJNI::findClassesAndMethodsUsingISRClassLoader", 0, {"Java error", insert});
@@ -30,7 +34,7 @@ void traceJavaError(JNIEnv* env, jthrowable error) {
 }
 
 [[noreturn]] void fail(JNIEnv* env, std::int32_t kind, const char* className, const char* memberName) {
-  KorLocalRef<jthrowable> error(env, env->ExceptionOccurred());
+  KorJniLocalRef<jthrowable> error(env, env->ExceptionOccurred());
   env->ExceptionClear();
   if (error && KorLog::iEffectiveLogFilter > 3) {
     traceJavaError(env, error.get());
@@ -41,7 +45,7 @@ void traceJavaError(JNIEnv* env, jthrowable error) {
 // Each helper returns null with the Java exception still pending when a
 // JNI call fails, and makes no further JNI call after it.
 jobject systemClassLoader(JNIEnv* env) {
-  KorLocalRef<jclass> loaderClass(env, env->FindClass("java/lang/ClassLoader"));
+  KorJniLocalRef<jclass> loaderClass(env, env->FindClass("java/lang/ClassLoader"));
   if (!loaderClass) {
     return nullptr;
   }
@@ -62,11 +66,11 @@ jclass loadClass(JNIEnv* env, jobject loader, const char* internalName) {
       c = '.';
     }
   }
-  KorLocalRef<jstring> name(env, env->NewStringUTF(binaryName.c_str()));
+  KorJniLocalRef<jstring> name(env, env->NewStringUTF(binaryName.c_str()));
   if (!name) {
     return nullptr;
   }
-  KorLocalRef<jclass> loaderClass(env, env->GetObjectClass(loader));
+  KorJniLocalRef<jclass> loaderClass(env, env->GetObjectClass(loader));
   jmethodID load = env->GetMethodID(loaderClass.get(), "loadClass", "(Ljava/lang/String;)Ljava/lang/Class;");
   if (load == nullptr) {
     return nullptr;
@@ -86,14 +90,14 @@ void KorJNI::findClassesAndMethodsUsingISRClassLoader(const ClassInfo* table, JN
   if (loader == nullptr) {
     fail(env, 0, table->className, nullptr);
   }
-  KorLocalRef<> loaderGuard(env, loader);
+  KorJniLocalRef<> loaderGuard(env, loader);
 
   for (const ClassInfo* row = table; row->classSlot != nullptr; ++row) {
     jclass local = loadClass(env, loader, row->className);
     if (local == nullptr) {
       fail(env, 0, row->className, nullptr);
     }
-    KorLocalRef<jclass> localGuard(env, local);
+    KorJniLocalRef<jclass> localGuard(env, local);
     auto global = static_cast<jclass>(env->NewGlobalRef(local));
     if (global == nullptr) {
       fail(env, 0, row->className, nullptr);
@@ -112,7 +116,7 @@ void KorJNI::findClassesAndMethodsUsingISRClassLoader(const ClassInfo* table, JN
   }
 }
 
-void KorJNI::setISRClassLoader(JNIEnv* env, jobject classLoader) {
+void KorJNISetup::setISRClassLoader(JNIEnv* env, jobject classLoader) {
   std::lock_guard<std::mutex> guard(loaderLock);
   if (registryLoader != nullptr) {
     env->DeleteGlobalRef(registryLoader);

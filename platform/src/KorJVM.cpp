@@ -1,12 +1,15 @@
 #include "KorJVM.hpp"
 
 #include "KorException.hpp"
+#include "KorJVMStartup.hpp"
 #include "KorJvmLibrary.hpp"
 #include "KorLog.hpp"
+#include "KorWstringText.hpp"
 
 #include <atomic>
 #include <mutex>
 #include <string>
+#include <type_traits>
 
 namespace {
 
@@ -32,8 +35,8 @@ thread_local ThreadAttachment threadAttachment;
 
 [[noreturn]] void raise(int line, const char* call, const std::string& reason) {
   KorFatalException error(sourceFile, line, "KorJVM", KorLog::iDefaultLogSource, korMessageNumber(3702), 0);
-  error << KorWstring::fromUtf8(std::string("Fatal Error Making JNI Call: ") + call) << call
-        << KorWstring::fromUtf8(reason);
+  error << KorWstringText::fromUtf8(std::string("Fatal Error Making JNI Call: ") + call) << call
+        << KorWstringText::fromUtf8(reason);
   error.throwThis();
 }
 
@@ -81,9 +84,12 @@ std::string joinClassPath(const std::vector<std::string>& entries) {
   return joined;
 }
 
+// The hooks' types as the host sees them, without jni.h, are the JVM's own.
+static_assert(std::is_same_v<jint, int>);
+
 } // namespace
 
-void KorJVM::create(const KorJVMOptions& options) {
+void KorJVMStartup::create(const KorJVMOptions& options) {
   std::lock_guard<std::mutex> guard(createLock);
   if (findVm() != nullptr) {
     raise(__LINE__, "JNI_CreateJavaVM", "the process has a Java virtual machine already");
@@ -129,10 +135,10 @@ JNIEnv* KorJVM::getEnvironment() {
   return env != nullptr ? env : attachCurrentThread();
 }
 
-JavaVM* KorJVM::javaVM() {
+JavaVM* KorJVMStartup::javaVM() {
   return findVm();
 }
 
-void KorJVM::setLibrary(const std::string& path) {
+void KorJVMStartup::setLibrary(const std::string& path) {
   KorJvmLibrary::setPath(path);
 }

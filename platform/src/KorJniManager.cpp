@@ -1,9 +1,12 @@
 #include "KorJniManager.hpp"
 
 #include "KorException.hpp"
+#include "KorJNISetup.hpp"
 #include "KorJVM.hpp"
 #include "KorJniRef.hpp"
 #include "KorLog.hpp"
+#include "KorWstringText.hpp"
+#include "KorWstringWriter.hpp"
 
 #include <climits>
 #include <mutex>
@@ -21,13 +24,13 @@ const char* const defaultElementClassName = "java/lang/Throwable";
   env->ExceptionClear();
   KorFatalException error("platform/KorJniManager", line, "KorJniManager::KorJniManager",
                           KorLog::iDefaultLogSource, korMessageNumber(3702), 0);
-  error << KorWstring::fromUtf8("Fatal Error Making JNI Call: FindClass") << "FindClass"
-        << KorWstring::fromUtf8(what);
+  error << KorWstringText::fromUtf8("Fatal Error Making JNI Call: FindClass") << "FindClass"
+        << KorWstringText::fromUtf8(what);
   error.throwThis();
 }
 
 jclass globalClass(JNIEnv* env, const std::string& name) {
-  KorLocalRef<jclass> local(env, env->FindClass(name.c_str()));
+  KorJniLocalRef<jclass> local(env, env->FindClass(name.c_str()));
   if (!local) {
     raiseMissing(env, __LINE__, name);
   }
@@ -59,8 +62,8 @@ KorJniManager::KorJniManager(const char* fatalClassName, const char* elementClas
   fatalClass_ = globalClass(env, fatalName);
   elementClass_ = globalClass(env, elementClassName != nullptr ? elementClassName : defaultElementClassName);
 
-  KorLocalRef<jclass> classClass(env, env->FindClass("java/lang/Class"));
-  KorLocalRef<jclass> throwableClass(env, env->FindClass("java/lang/Throwable"));
+  KorJniLocalRef<jclass> classClass(env, env->FindClass("java/lang/Class"));
+  KorJniLocalRef<jclass> throwableClass(env, env->FindClass("java/lang/Throwable"));
   if (!classClass || !throwableClass) {
     raiseMissing(env, __LINE__, "java/lang/Class");
   }
@@ -102,7 +105,8 @@ bool KorJniManager::javaStringToKorWstring(JNIEnv* env, jstring string, KorWstri
   }
   const jsize length = env->GetStringLength(string);
   KorWstring read;
-  env->GetStringRegion(string, 0, length, reinterpret_cast<jchar*>(read.resizeForOverwrite(length)));
+  env->GetStringRegion(string, 0, length,
+                       reinterpret_cast<jchar*>(KorWstringWriter::resizeForOverwrite(read, length)));
   // The buffer was sized, not filled: a failed read must not hand it out.
   if (env->ExceptionCheck()) {
     return false;
@@ -111,12 +115,12 @@ bool KorJniManager::javaStringToKorWstring(JNIEnv* env, jstring string, KorWstri
   return true;
 }
 
-void KorJniManager::setDefaultFatalClassName(const std::string& className) {
+void KorJNISetup::setFatalClassName(const std::string& className) {
   std::lock_guard<std::mutex> guard(defaultsLock);
   defaultFatalClassName = className;
 }
 
-void KorJniManager::setDefaultDebugPrint(bool on) {
+void KorJNISetup::setDebugPrint(bool on) {
   std::lock_guard<std::mutex> guard(defaultsLock);
   defaultDebugPrint = on;
 }

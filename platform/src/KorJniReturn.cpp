@@ -12,7 +12,7 @@ namespace {
 // The text a Java string-returning call gives, or empty when it or the read
 // of its text raised.
 KorWstring describe(JNIEnv* env, const KorJniManager& manager, jobject target, jmethodID method) {
-  KorLocalRef<jstring> string(env, static_cast<jstring>(env->CallObjectMethod(target, method)));
+  KorJniLocalRef<jstring> string(env, static_cast<jstring>(env->CallObjectMethod(target, method)));
   if (env->ExceptionCheck()) {
     env->ExceptionClear();
     return {};
@@ -50,7 +50,7 @@ bool KorJniReturn::exceptionThrown() {
     fatal_ = true;
     return true;
   }
-  KorLocalRef<jthrowable> owner(env_, throwable);
+  KorJniLocalRef<jthrowable> owner(env_, throwable);
   if (env_->IsInstanceOf(throwable, manager_->fatalClass())) {
     fatal_ = true;
   }
@@ -59,7 +59,7 @@ bool KorJniReturn::exceptionThrown() {
 }
 
 void KorJniReturn::logJavaExceptionToBrokerTrace(jthrowable& throwable) {
-  KorLocalRef<jclass> throwableClass(env_, env_->GetObjectClass(throwable));
+  KorJniLocalRef<jclass> throwableClass(env_, env_->GetObjectClass(throwable));
   text1_ = describe(env_, *manager_, throwableClass.get(), manager_->classGetName_);
   text2_ = describe(env_, *manager_, throwable, manager_->throwableGetMessage_);
   if (KorLog::iEffectiveLogFilter > 2) {
@@ -69,8 +69,8 @@ void KorJniReturn::logJavaExceptionToBrokerTrace(jthrowable& throwable) {
 }
 
 void KorJniReturn::processRootKnownException(KorRecoverableException& error) {
-  KorLocalRef<> exception(env_,
-                          env_->GetObjectArrayElement(static_cast<jobjectArray>(knownExceptionHolder_), 0));
+  KorJniLocalRef<> exception(
+      env_, env_->GetObjectArrayElement(static_cast<jobjectArray>(knownExceptionHolder_), 0));
   if (env_->ExceptionCheck()) {
     env_->ExceptionDescribe();
     env_->ExceptionClear();

@@ -2,6 +2,7 @@
 
 #include "KorException.hpp"
 #include "KorLog.hpp"
+#include "KorWstringText.hpp"
 
 #include <dlfcn.h>
 
@@ -62,7 +63,7 @@ const KorJvmLibrary& KorJvmLibrary::get() {
   KorFatalException error("platform/KorJvmLibrary", __LINE__, "KorJvmLibrary::get", KorLog::iDefaultLogSource,
                           korMessageNumber(3702), 0);
   error << "Fatal Error Making JNI Call: dlopen"
-        << "dlopen" << KorWstring::fromUtf8("no libjvm could be loaded, tried: " + tried);
+        << "dlopen" << KorWstringText::fromUtf8("no libjvm could be loaded, tried: " + tried);
   error.throwThis();
 }
 

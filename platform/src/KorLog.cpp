@@ -1,6 +1,8 @@
 #include "KorLog.hpp"
 
+#include "KorLogSink.hpp"
 #include "KorNamedLogSource.hpp"
+#include "KorWstringText.hpp"
 
 #include <cinttypes>
 #include <cstdio>
@@ -113,12 +115,12 @@ KorLogInsert::KorLogInsert(const char* utf8) {
   std::string_view rest(utf8);
   for (;;) {
     try {
-      text_ += KorWstring::fromUtf8(rest);
+      text_ += KorWstringText::fromUtf8(rest);
       return;
     } catch (const KorWstringEncodingError& error) {
       // The offset starts the bad sequence, so everything before it is valid.
-      static const KorWstring replacement(u"\uFFFD");
-      text_ += KorWstring::fromUtf8(rest.substr(0, error.offset()));
+      static const KorWstring replacement = KorWstringText::fromUtf16(u"\uFFFD");
+      text_ += KorWstringText::fromUtf8(rest.substr(0, error.offset()));
       text_ += replacement;
       rest.remove_prefix(error.offset() + 1);
     }
@@ -131,16 +133,17 @@ KorLogInsert::KorLogInsert(const wchar_t* literal) {
   }
 }
 
-KorLogInsert::KorLogInsert(long long value) : text_(KorWstring::fromUtf8(std::to_string(value))) {}
+KorLogInsert::KorLogInsert(long long value) : text_(KorWstringText::fromUtf8(std::to_string(value))) {}
 
-KorLogInsert::KorLogInsert(unsigned long long value) : text_(KorWstring::fromUtf8(std::to_string(value))) {}
+KorLogInsert::KorLogInsert(unsigned long long value)
+    : text_(KorWstringText::fromUtf8(std::to_string(value))) {}
 
-KorLogInsert::KorLogInsert(bool value) : text_(KorWstring(value ? u"true" : u"false")) {}
+KorLogInsert::KorLogInsert(bool value) : text_(KorWstringText::fromUtf16(value ? u"true" : u"false")) {}
 
 KorLogInsert::KorLogInsert(const void* address) {
   char hex[2 + 2 * sizeof(std::uintptr_t) + 1];
   std::snprintf(hex, sizeof hex, "0x%" PRIxPTR, reinterpret_cast<std::uintptr_t>(address));
-  text_ = KorWstring::fromUtf8(hex);
+  text_ = KorWstringText::fromUtf8(hex);
 }
 
 KorLogSink::~KorLogSink() = default;
@@ -205,13 +208,13 @@ void KorLog::debugTrace(const char* function, KorLogToken token, Inserts inserts
   emit(KorLogKind::debugTrace, function, defaultSourceName(), token, inserts);
 }
 
-void KorLog::write(const KorLogRecord& record) {
+void KorLogSink::publish(const KorLogRecord& record) {
   if (const std::shared_ptr<KorLogSink> sink = currentSink()) {
     sink->write(record);
   }
 }
 
-std::shared_ptr<KorLogSink> KorLog::setSink(std::shared_ptr<KorLogSink> sink) {
+std::shared_ptr<KorLogSink> KorLogSink::install(std::shared_ptr<KorLogSink> sink) {
   KorSinkSlot& slot = sinkSlot();
   std::lock_guard<std::mutex> lock(slot.mutex);
   slot.installed.store(sink != nullptr, std::memory_order_release);
@@ -224,12 +227,12 @@ std::string toString(const KorLogRecord& record) {
   line += ' ';
   line += record.function;
   line += " [";
-  line += record.source.toUtf8();
+  line += KorWstringText::toUtf8(record.source);
   line += "] #";
   line += std::to_string(record.token);
   for (const KorWstring& insert : record.inserts) {
     line += ' ';
-    appendQuoted(insert.toUtf8(), line);
+    appendQuoted(KorWstringText::toUtf8(insert), line);
   }
   return line;
 }

@@ -1,5 +1,8 @@
 #include "KorWstring.hpp"
 
+#include "KorWstringText.hpp"
+#include "KorWstringWriter.hpp"
+
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
@@ -9,8 +12,6 @@
 #include <new>
 #include <utility>
 
-using KorWstringReferences = std::atomic<std::size_t>;
-
 // One pointer, as small as a map key can be.
 static_assert(sizeof(KorWstring) == sizeof(void*));
 
@@ -18,17 +19,14 @@ KorWstring::Header* KorWstring::Header::allocate(std::size_t capacity) {
   if (capacity > maxCapacity()) {
     throw std::length_error("KorWstring too long");
   }
-  static_assert(sizeof(KorWstringReferences) % alignof(Header) == 0 &&
-                sizeof(Header) % alignof(CodeUnit) == 0);
-  void* memory = ::operator new(sizeof(KorWstringReferences) + sizeof(Header) + capacity * sizeof(CodeUnit));
-  auto* references = new (memory) KorWstringReferences(1);
-  return new (references + 1) Header{references, 0, static_cast<std::uint32_t>(capacity)};
+  static_assert(sizeof(Header) % alignof(CodeUnit) == 0);
+  void* memory = ::operator new(sizeof(Header) + capacity * sizeof(CodeUnit));
+  return new (memory) Header{{1}, 0, static_cast<std::uint32_t>(capacity)};
 }
 
 void KorWstring::Header::free(Header* header) noexcept {
-  KorWstringReferences* references = header->references;
-  references->~KorWstringReferences();
-  ::operator delete(references);
+  header->~Header();
+  ::operator delete(header);
 }
 
 static_assert(sizeof(KorWstring::CodeUnit) == 2 && alignof(KorWstring::CodeUnit) <= alignof(std::size_t));
@@ -147,11 +145,9 @@ KorWstring::KorWstring(const CodeUnit* units, std::size_t count) {
   append(units, count);
 }
 
-KorWstring::KorWstring(std::u16string_view units) : KorWstring(units.data(), units.size()) {}
-
 KorWstring::KorWstring(const KorWstring& other) noexcept : header_(other.header_) {
   if (header_ != nullptr) {
-    header_->references->fetch_add(1, std::memory_order_relaxed);
+    header_->references.fetch_add(1, std::memory_order_relaxed);
   }
 }
 
@@ -162,7 +158,7 @@ KorWstring& KorWstring::operator=(const KorWstring& other) noexcept {
     return *this;
   }
   if (other.header_ != nullptr) {
-    other.header_->references->fetch_add(1, std::memory_order_relaxed);
+    other.header_->references.fetch_add(1, std::memory_order_relaxed);
   }
   release();
   header_ = other.header_;
@@ -184,17 +180,15 @@ KorWstring::~KorWstring() {
 // A count of one is this string's alone: no other thread can be copying it,
 // so the last holder frees without an atomic write.
 void KorWstring::release() noexcept {
-  if (header_ != nullptr && (header_->references->load(std::memory_order_acquire) == 1 ||
-                             header_->references->fetch_sub(1, std::memory_order_acq_rel) == 1)) {
+  if (header_ != nullptr && (header_->references.load(std::memory_order_acquire) == 1 ||
+                             header_->references.fetch_sub(1, std::memory_order_acq_rel) == 1)) {
     Header::free(header_);
   }
   header_ = nullptr;
 }
 
-// The last text left of a block is unique too, and writes in place within
-// its own units.
 KorWstring::CodeUnit* KorWstring::reserveUnique(std::size_t capacity) {
-  const bool unique = header_ != nullptr && header_->references->load(std::memory_order_acquire) == 1;
+  const bool unique = header_ != nullptr && header_->references.load(std::memory_order_acquire) == 1;
   if (unique && header_->capacity >= capacity) {
     return header_->units();
   }
@@ -240,74 +234,47 @@ KorWstring& KorWstring::append(const CodeUnit* units, std::size_t count) {
 // A buffer this string alone holds keeps its capacity for what is appended
 // next, as std::u16string's does.
 void KorWstring::clear() noexcept {
-  if (header_ != nullptr && header_->references->load(std::memory_order_acquire) == 1) {
+  if (header_ != nullptr && header_->references.load(std::memory_order_acquire) == 1) {
     header_->length = 0;
   } else {
     release();
   }
 }
 
-KorWstring::CodeUnit* KorWstring::resizeForOverwrite(std::size_t length) {
+KorWstring::CodeUnit* KorWstringWriter::resizeForOverwrite(KorWstring& text, std::size_t length) {
   if (length == 0) {
-    release();
+    text.release();
     return emptyUnits;
   }
   // A text read from Java lands in an empty string: nothing to keep or release.
-  CodeUnit* units = nullptr;
-  if (header_ == nullptr) {
-    header_ = Header::allocate(length);
-    units = header_->units();
+  KorWstring::CodeUnit* units = nullptr;
+  if (text.header_ == nullptr) {
+    text.header_ = KorWstring::Header::allocate(length);
+    units = text.header_->units();
   } else {
-    units = reserveUnique(length);
+    units = text.reserveUnique(length);
   }
-  header_->length = static_cast<std::uint32_t>(length);
+  text.header_->length = static_cast<std::uint32_t>(length);
   return units;
 }
 
-KorWstringBlock::KorWstringBlock(std::size_t units, std::size_t texts) : units_(units), unissued_(texts) {
-  if (units == 0) {
-    return;
-  }
-  if (units > KorWstring::Header::maxCapacity() || texts > KorWstring::Header::maxCapacity()) {
-    throw std::length_error("KorWstringBlock too long");
-  }
-  // Each text pads its units to the next header by less than one alignment.
-  void* memory = ::operator new(sizeof(KorWstringReferences) +
-                                texts * (sizeof(KorWstring::Header) + alignof(KorWstring::Header) - 1) +
-                                units * sizeof(CodeUnit));
-  references_ = new (memory) KorWstringReferences(texts + 1);
-  next_ = reinterpret_cast<char*>(references_ + 1);
-}
-
-KorWstringBlock::~KorWstringBlock() {
-  if (references_ != nullptr &&
-      references_->fetch_sub(unissued_ + 1, std::memory_order_acq_rel) == unissued_ + 1) {
-    references_->~KorWstringReferences();
-    ::operator delete(references_);
-  }
-}
-
-void KorWstringBlock::throwPast() {
-  throw std::out_of_range("KorWstringBlock: text past the block");
-}
-
-KorWstring KorWstring::fromUtf8(std::string_view utf8) {
+KorWstring KorWstringText::fromUtf8(std::string_view utf8) {
   KorWstring result;
   // Every byte gives at most one unit: a four-byte sequence gives two.
-  CodeUnit* out = result.resizeForOverwrite(utf8.size());
+  KorWstring::CodeUnit* out = KorWstringWriter::resizeForOverwrite(result, utf8.size());
   std::size_t written = 0;
   for (std::size_t offset = 0; offset < utf8.size();) {
     written += encodeUtf16(decodeUtf8(utf8, offset), out + written);
   }
-  result.resizeForOverwrite(written);
+  KorWstringWriter::resizeForOverwrite(result, written);
   return result;
 }
 
-std::string KorWstring::toUtf8() const {
+std::string KorWstringText::toUtf8(const KorWstring& text) {
   std::string out;
-  out.reserve(length());
-  const CodeUnit* units = data();
-  const std::size_t count = length();
+  out.reserve(text.length());
+  const KorWstring::CodeUnit* units = text.data();
+  const std::size_t count = text.length();
   for (std::size_t i = 0; i < count; ++i) {
     const char32_t unit = units[i];
     if (isHighSurrogate(unit) && i + 1 < count && isLowSurrogate(units[i + 1])) {
@@ -329,7 +296,7 @@ KorWstring KorWstringConvertor::toKorWstring(const wchar_t* literal) {
   }
   const std::size_t count = std::wcslen(literal);
   KorWstring result;
-  KorWstring::CodeUnit* out = result.resizeForOverwrite(count * 2);
+  KorWstring::CodeUnit* out = KorWstringWriter::resizeForOverwrite(result, count * 2);
   std::size_t written = 0;
   for (std::size_t i = 0; i < count; ++i) {
     const auto codePoint = static_cast<char32_t>(literal[i]);
@@ -340,6 +307,6 @@ KorWstring KorWstringConvertor::toKorWstring(const wchar_t* literal) {
     // A surrogate value is kept as the unit it names, so lone units survive.
     written += encodeUtf16(codePoint, out + written);
   }
-  result.resizeForOverwrite(written);
+  KorWstringWriter::resizeForOverwrite(result, written);
   return result;
 }

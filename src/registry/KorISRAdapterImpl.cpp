@@ -2,7 +2,7 @@
 
 #include "KorISRAdapterJniManager.hpp"
 #include "KorJniCallScope.hpp"
-#include "KorListedTexts.hpp"
+#include "KorListings.hpp"
 
 #include <KorException.hpp>
 #include <KorJVM.hpp>
@@ -71,33 +71,26 @@ void storePolicy(jobject adapter, const char* function, KorLogToken token, Adapt
 
 const char* const btdListLabel = "method_com_vantor_broker_isr_ISRAdapter_getBTDs";
 
-// Reads one text of every BTD of a listing into texts.
-void readEachBTD(KorJniCallScope& java, const char* function, KorLogToken token, jobject btds,
+// Appends one text of every BTD of a listing to list as it arrives, each a
+// text of its own, and joins it to joined when given: what arrived before a
+// failure stays with the caller. The length is read again before every
+// element.
+void listEachBTD(KorJniCallScope& java, const char* function, KorLogToken token, jobject btds,
                  jmethodID KorISRAdapterJniManager::BTDDocumentClass::*read, const char* readLabel,
-                 const char* traceText, KorListedTexts& texts) {
-  // The length is read again before every element.
+                 const char* traceText, std::vector<KorWstring>& list, KorWstring* joined) {
   for (jsize i = 0, length = java.length(btds); i < length; ++i, length = java.length(btds)) {
     if (i == 0) {
-      texts.expect(static_cast<std::size_t>(length));
+      korMakeRoom(list, static_cast<std::size_t>(length));
     }
     jobject btd = java.nonNull(readLabel, java.element(btdListLabel, btds, i));
-    java.requiredText(texts, readLabel, btd, java.manager().btdDocument().*read);
+    list.push_back(java.requiredText(readLabel, btd, java.manager().btdDocument().*read));
     if (debugTrace()) {
-      KorLog::debugTrace(function, token, {traceText, texts.last()});
+      KorLog::debugTrace(function, token, {traceText, list.back()});
+    }
+    if (joined != nullptr) {
+      korAppendJoined(*joined, list.back());
     }
   }
-}
-
-// A listing's walk reads every text into one KorListedTexts; the texts that
-// arrived before a failure are still handed out, then the failure leaves.
-template <typename Walk, typename HandOut> void walkListing(Walk&& walk, HandOut&& handOut) {
-  try {
-    walk();
-  } catch (...) {
-    handOut();
-    throw;
-  }
-  handOut();
 }
 
 // The ISRPolicy that asks about one policy, with an empty document.
@@ -204,13 +197,8 @@ void KorISRAdapterImpl::listBTDs(std::vector<KorWstring>& uris) {
   KorJniCallScope java(function, token);
   const char* const readLabel = "method_com_vantor_broker_isr_BTDDocument_getUri";
   jobject btds = java.call<jobject>(btdListLabel, javaAdapter_, java.manager().isrAdapter().getBTDs);
-  KorListedTexts texts;
-  walkListing(
-      [&] {
-        readEachBTD(java, function, token, btds, &KorISRAdapterJniManager::BTDDocumentClass::getUri,
-                    readLabel, "Adding URI to result", texts);
-      },
-      [&] { texts.appendTo(uris); });
+  listEachBTD(java, function, token, btds, &KorISRAdapterJniManager::BTDDocumentClass::getUri, readLabel,
+              "Adding URI to result", uris, nullptr);
   debugExit(function, token);
 }
 
@@ -222,13 +210,8 @@ std::vector<KorWstring> KorISRAdapterImpl::getBTDNames(KorWstring& names) {
   jobject btds = java.call<jobject>(btdListLabel, javaAdapter_, java.manager().isrAdapter().getBTDs);
   std::vector<KorWstring> result;
   names.clear();
-  KorListedTexts texts;
-  walkListing(
-      [&] {
-        readEachBTD(java, function, token, btds, &KorISRAdapterJniManager::BTDDocumentClass::getName,
-                    readLabel, "Adding name to result", texts);
-      },
-      [&] { result = texts.listJoined(names); });
+  listEachBTD(java, function, token, btds, &KorISRAdapterJniManager::BTDDocumentClass::getName, readLabel,
+              "Adding name to result", result, &names);
   debugExit(function, token);
   return result;
 }
@@ -313,8 +296,8 @@ bool KorISRAdapterImpl::policyExists(const KorWstring& type, const KorWstring& n
 }
 
 // A null array is a type without policies; a null element, which has no name
-// to read, is skipped like the empty listing it stands for. The joined names
-// come first in the listing's block.
+// to read, is skipped like the empty listing it stands for. After a failure
+// the names text is kept and the list is dropped.
 std::vector<KorWstring> KorISRAdapterImpl::getPolicyNames(const KorWstring& type, KorWstring& names) {
   const char* const function = "KorISRAdapterImpl::getPolicyNames";
   KorLogToken token = debugEntry(function, type);
@@ -329,39 +312,21 @@ std::vector<KorWstring> KorISRAdapterImpl::getPolicyNames(const KorWstring& type
   const char* const namesLabel = "PolicyRespositoryManager_getPolicyNames";
   const char* const listLabel = "method_com_vantor_broker_isr_ISRAdapter_getPoliciesWithoutDoc";
   jstring javaType = java.string(type);
-  KorListedTexts texts;
-  walkListing(
-      [&] {
-        java.requiredText(texts, namesLabel, javaAdapter_, adapter.getPolicyNames, javaType);
-        jobject policies =
-            java.call<jobject>(listLabel, javaAdapter_, adapter.getPoliciesWithoutDoc, javaType);
-        jsize count = java.length(policies);
-        texts.expect(static_cast<std::size_t>(count) + 1);
-        for (jsize i = 0; i < count; ++i) {
-          jobject policy = java.element(listLabel, policies, i);
-          if (policy == nullptr) {
-            continue;
-          }
-          java.optionalText(texts, "method_com_vantor_broker_isr_ISRPolicy_getName", policy,
-                            java.manager().isrPolicy().getName);
-          if (debugTrace()) {
-            KorLog::debugTrace(function, token, {"policyName=", texts.last()});
-          }
-        }
-      },
-      [&] {
-        // After a failure the names are kept and the list is dropped.
-        result.reserve(texts.size() != 0 ? texts.size() - 1 : 0);
-        bool first = true;
-        texts.handOut([&](KorWstring text) {
-          if (first) {
-            names = std::move(text);
-            first = false;
-          } else {
-            result.push_back(std::move(text));
-          }
-        });
-      });
+  names = java.requiredText(namesLabel, javaAdapter_, adapter.getPolicyNames, javaType);
+  jobject policies = java.call<jobject>(listLabel, javaAdapter_, adapter.getPoliciesWithoutDoc, javaType);
+  jsize count = java.length(policies);
+  result.reserve(static_cast<std::size_t>(count));
+  for (jsize i = 0; i < count; ++i) {
+    jobject policy = java.element(listLabel, policies, i);
+    if (policy == nullptr) {
+      continue;
+    }
+    result.push_back(java.optionalText("method_com_vantor_broker_isr_ISRPolicy_getName", policy,
+                                       java.manager().isrPolicy().getName));
+    if (debugTrace()) {
+      KorLog::debugTrace(function, token, {"policyName=", result.back()});
+    }
+  }
   debugExit(function, token);
   return result;
 }
@@ -410,25 +375,25 @@ bool KorISRAdapterImpl::getService(const KorWstring& name, KorISRService& servic
   if (debugTrace()) {
     KorLog::debugTrace(function, token, {"got service"});
   }
-  // The three texts share one block.
-  KorListedTexts texts;
-  java.optionalText(texts, "method_com_vantor_broker_isr_ISRService_getName", found, javaService.getName);
+  // The record changes only once all three texts have arrived.
+  KorWstring serviceName =
+      java.optionalText("method_com_vantor_broker_isr_ISRService_getName", found, javaService.getName);
   if (debugTrace()) {
-    KorLog::debugTrace(function, token, {"serviceName=", texts.last()});
+    KorLog::debugTrace(function, token, {"serviceName=", serviceName});
   }
-  java.optionalText(texts, "method_com_vantor_broker_isr_ISRSerivce_getNamespace", found,
-                    javaService.getNamespace);
+  KorWstring serviceNamespace = java.optionalText("method_com_vantor_broker_isr_ISRSerivce_getNamespace",
+                                                  found, javaService.getNamespace);
   if (debugTrace()) {
-    KorLog::debugTrace(function, token, {"serviceNamespace=", texts.last()});
+    KorLog::debugTrace(function, token, {"serviceNamespace=", serviceNamespace});
   }
-  java.optionalText(texts, "method_com_vantor_broker_isr_ISRService_getDocument", found,
-                    javaService.getDocument);
+  KorWstring document = java.optionalText("method_com_vantor_broker_isr_ISRService_getDocument", found,
+                                          javaService.getDocument);
   if (debugTrace()) {
-    KorLog::debugTrace(function, token, {"serviceContent=", texts.last()});
+    KorLog::debugTrace(function, token, {"serviceContent=", document});
   }
-  KorWstring* const fields[] = {&service.name, &service.serviceNamespace, &service.document};
-  KorWstring* const* field = fields;
-  texts.handOut([&field](KorWstring text) { **field++ = std::move(text); });
+  service.name = std::move(serviceName);
+  service.serviceNamespace = std::move(serviceNamespace);
+  service.document = std::move(document);
   debugExit(function, token, "true");
   return true;
 }
@@ -454,31 +419,24 @@ std::vector<KorISRService> KorISRAdapterImpl::getServices() {
   jobject services =
       java.call<jobject>(listLabel, javaAdapter_, java.manager().isrAdapter().getServicesWithoutDoc);
   jsize count = java.length(services);
-  KorListedTexts texts;
-  texts.expect(2 * static_cast<std::size_t>(count));
+  result.reserve(static_cast<std::size_t>(count));
   for (jsize i = 0; i < count; ++i) {
     jobject service = java.element(listLabel, services, i);
     if (service == nullptr) {
       continue;
     }
-    java.optionalText(texts, "method_com_vantor_broker_isr_ISRService_getName", service, javaService.getName);
+    KorISRService& record = result.emplace_back();
+    record.name =
+        java.optionalText("method_com_vantor_broker_isr_ISRService_getName", service, javaService.getName);
     if (debugTrace()) {
-      KorLog::debugTrace(function, token, {"serviceName=", texts.last()});
+      KorLog::debugTrace(function, token, {"serviceName=", record.name});
     }
-    java.optionalText(texts, "method_com_vantor_broker_isr_ISRSerivce_getNamespace", service,
-                      javaService.getNamespace);
+    record.serviceNamespace = java.optionalText("method_com_vantor_broker_isr_ISRSerivce_getNamespace",
+                                                service, javaService.getNamespace);
     if (debugTrace()) {
-      KorLog::debugTrace(function, token, {"serviceNamespace=", texts.last()});
+      KorLog::debugTrace(function, token, {"serviceNamespace=", record.serviceNamespace});
     }
   }
-  // Texts come in pairs: a service's name, then its namespace.
-  result.resize(texts.size() / 2);
-  std::size_t next = 0;
-  texts.handOut([&](KorWstring text) {
-    KorISRService& record = result[next / 2];
-    (next % 2 == 0 ? record.name : record.serviceNamespace) = std::move(text);
-    ++next;
-  });
   debugExit(function, token);
   return result;
 }

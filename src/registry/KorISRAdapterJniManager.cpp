@@ -4,9 +4,9 @@
 #include "KorMutex.hpp"
 #include "KorTracedRaise.hpp"
 
+#include "KorLocalRef.hpp"
 #include <KorJNI.hpp>
 #include <KorJVM.hpp>
-#include <KorJniRef.hpp>
 #include <KorJniReturn.hpp>
 #include <KorLocalJavaStackFrame.hpp>
 #include <KorLog.hpp>

@@ -1,13 +1,12 @@
 #include "KorISRAdapterStub.hpp"
 
-#include "KorListedTexts.hpp"
+#include "KorListings.hpp"
 #include "KorTracedRaise.hpp"
 
 #include <KorException.hpp>
 #include <KorLog.hpp>
 
 #include <initializer_list>
-#include <string_view>
 
 namespace {
 
@@ -65,26 +64,6 @@ KorWstring policyUri(const KorWstring& type, const KorWstring& name) {
   uri += name;
   return uri;
 }
-
-// Where a listing's stored texts are, collected in one walk of the store:
-// handing them out takes two passes, which then read this instead of the
-// store's scattered nodes.
-class StoredTexts {
-public:
-  explicit StoredTexts(std::size_t count) { views_.reserve(count); }
-  void add(const KorWstring& text) { views_.push_back(text.view()); }
-  std::size_t size() const noexcept { return views_.size(); }
-  auto visitor() const {
-    return [this](auto&& see) {
-      for (const std::u16string_view view : views_) {
-        see(view.data(), view.size());
-      }
-    };
-  }
-
-private:
-  std::vector<std::u16string_view> views_;
-};
 
 KorISRAdapterStub::Policy* findPolicy(PolicyStore& policies, const KorWstring& type, const KorWstring& name) {
   const auto byType = policies.find(type);
@@ -186,16 +165,13 @@ void KorISRAdapterStub::deleteBTD(const KorWstring& name) {
 void KorISRAdapterStub::listBTDs(std::vector<KorWstring>& uris) {
   const char* const function = "KorISRAdapterStub::listBTDs";
   const KorLogToken token = tracing() ? KorLog::entry(function) : 0;
-  // Copies of the stored URIs would cost an atomic increment each; one
-  // block for the listing costs one allocation.
-  StoredTexts stored(btds_.size());
+  korMakeRoom(uris, btds_.size());
   for (const auto& entry : btds_) {
     if (tracing()) {
       KorLog::trace(function, token, {"Adding URI to result", entry.second.uri});
     }
-    stored.add(entry.second.uri);
+    uris.push_back(entry.second.uri);
   }
-  korAppendListed(stored.size(), stored.visitor(), uris);
   if (tracing()) {
     KorLog::exit(function, token);
   }
@@ -204,15 +180,16 @@ void KorISRAdapterStub::listBTDs(std::vector<KorWstring>& uris) {
 std::vector<KorWstring> KorISRAdapterStub::getBTDNames(KorWstring& names) {
   const char* const function = "KorISRAdapterStub::getBTDNames";
   const KorLogToken token = tracing() ? KorLog::entry(function) : 0;
-  StoredTexts stored(btds_.size());
+  std::vector<KorWstring> result;
+  result.reserve(btds_.size());
+  names.clear();
   for (const auto& entry : btds_) {
     if (tracing()) {
       KorLog::trace(function, token, {"Adding name to result", entry.first});
     }
-    stored.add(entry.first);
+    result.push_back(entry.first);
+    korAppendJoined(names, entry.first);
   }
-  names.clear();
-  std::vector<KorWstring> result = korListJoined(stored.size(), stored.visitor(), names);
   if (tracing()) {
     KorLog::exit(function, token);
   }
@@ -293,11 +270,11 @@ std::vector<KorWstring> KorISRAdapterStub::getPolicyNames(const KorWstring& type
   std::vector<KorWstring> result;
   const auto byType = policies_.find(type);
   if (byType != policies_.end()) {
-    StoredTexts stored(byType->second.size());
+    result.reserve(byType->second.size());
     for (const auto& entry : byType->second) {
-      stored.add(entry.first);
+      result.push_back(entry.first);
+      korAppendJoined(names, entry.first);
     }
-    result = korListJoined(stored.size(), stored.visitor(), names);
   }
   if (tracing()) {
     KorLog::exit(function, token, {result.size()});

@@ -4,14 +4,27 @@
 
 #include <KorException.hpp>
 
-#include <string>
+#include <initializer_list>
 
 namespace {
 
 const char* const sourceFile = "src/registry/KorISRAdapterImpl";
 
+// Prefixes and call labels are ASCII literals; only failures build texts
+// from them.
+KorWstring asciiText(std::initializer_list<const char*> parts) {
+  KorWstring text;
+  for (const char* part : parts) {
+    for (; *part != '\0'; ++part) {
+      const auto unit = static_cast<KorWstring::CodeUnit>(*part);
+      text.append(&unit, 1);
+    }
+  }
+  return text;
+}
+
 KorWstring messageText(const char* prefix, const KorCallLabel& label) {
-  return KorWstring::fromUtf8(std::string(prefix) + label.text());
+  return asciiText({prefix, label.text()});
 }
 
 template <typename Exception>
@@ -34,8 +47,8 @@ void korRaisePushFailure(JNIEnv* env, const KorJniManager& manager, const char* 
   outcome.exceptionThrown();
   KorFatalException error(sourceFile, line, function, KorLog::iDefaultLogSource, korMessageNumber(3702),
                           token);
-  error << KorWstring::fromUtf8(std::string(fatalPrefix) + "PushLocalFrame") << "PushLocalFrame"
-        << outcome.text1() << outcome.text2();
+  error << asciiText({fatalPrefix, "PushLocalFrame"}) << "PushLocalFrame" << outcome.text1()
+        << outcome.text2();
   korTracedRaise(error);
 }
 
@@ -74,6 +87,5 @@ void KorJniCallScope::raiseNull(const KorCallLabel& label) const {
 
 void KorJniCallScope::raiseUnresolved(const KorCallLabel& label) const {
   korTracedRaise(generic<KorFatalException>(function_, label, 3702, fatalPrefix, token_,
-                                            KorWstring::fromUtf8("Java class or method not resolved"),
-                                            KorWstring()));
+                                            asciiText({"Java class or method not resolved"}), KorWstring()));
 }

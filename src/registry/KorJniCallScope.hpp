@@ -1,7 +1,6 @@
 #pragma once
 
 #include "KorISRAdapterJniManager.hpp"
-#include "KorListedTexts.hpp"
 
 #include <KorJniReturn.hpp>
 #include <KorLocalJavaStackFrame.hpp>
@@ -58,23 +57,15 @@ public:
     unchecked_ = true;
     return string;
   }
-  // A null string is the empty text; a failed read raises under label.
+  // A text of its own; a null string is the empty text, and a failed read
+  // raises under label. The conversion's own exception check is the
+  // outcome check of a read that succeeds.
   KorWstring text(const KorCallLabel& label, jobject string) {
-    KorWstring result = manager_->javaStringToKorWstringInternal(env_, static_cast<jstring>(string));
-    check(label);
-    return result;
-  }
-
-  // As text, into a listing's scratch: a null string is the empty text, and
-  // a failed read keeps nothing.
-  void text(const KorCallLabel& label, jobject string, KorListedTexts& into) {
-    const auto javaString = static_cast<jstring>(string);
-    const jsize length = javaString != nullptr ? env_->GetStringLength(javaString) : 0;
-    if (length != 0) {
-      env_->GetStringRegion(javaString, 0, length, reinterpret_cast<jchar*>(into.room(length)));
+    KorWstring result;
+    if (!manager_->javaStringToKorWstring(env_, static_cast<jstring>(string), result)) {
+      check(label);
     }
-    check(label);
-    into.keep();
+    return result;
   }
 
   // An instance method returning void, bool or jobject.
@@ -121,16 +112,6 @@ public:
   template <typename... Args>
   KorWstring optionalText(const KorCallLabel& label, jobject receiver, jmethodID method, Args... args) {
     return text(label, call<jobject>(label, receiver, method, args...));
-  }
-  template <typename... Args>
-  void requiredText(KorListedTexts& into, const KorCallLabel& label, jobject receiver, jmethodID method,
-                    Args... args) {
-    text(label, nonNull(label, call<jobject>(label, receiver, method, args...)), into);
-  }
-  template <typename... Args>
-  void optionalText(KorListedTexts& into, const KorCallLabel& label, jobject receiver, jmethodID method,
-                    Args... args) {
-    text(label, call<jobject>(label, receiver, method, args...), into);
   }
 
   jobject nonNull(const KorCallLabel& label, jobject result) {

@@ -3,8 +3,11 @@
 
 #include <KorException.hpp>
 #include <KorJNI.hpp>
+#include <KorJNISetup.hpp>
 #include <KorJniReturn.hpp>
 #include <KorLog.hpp>
+#include <KorLogSink.hpp>
+#include <KorWstringText.hpp>
 
 #include <gtest/gtest.h>
 
@@ -20,7 +23,7 @@ using Texts = std::vector<std::string>;
 Texts utf8(const std::vector<KorWstring>& texts) {
   Texts result;
   for (const auto& text : texts) {
-    result.push_back(text.toUtf8());
+    result.push_back(KorWstringText::toUtf8(text));
   }
   return result;
 }
@@ -28,16 +31,16 @@ Texts utf8(const std::vector<KorWstring>& texts) {
 // The manager made over a loader of classPath alone, which must trace the
 // lookup failure `traced` and resolve no row after it.
 const KorISRAdapterJniManager& managerOver(JNIEnv* env, const std::string& classPath, const Texts& traced) {
-  KorJNI::setISRClassLoader(env, TestJvm::callStatic("legiorrug/bridge/Loaders", "isolated",
-                                                     "(Ljava/lang/String;)Ljava/lang/ClassLoader;",
-                                                     TestJvm::string(classPath)));
+  KorJNISetup::setISRClassLoader(env, TestJvm::callStatic("legiorrug/bridge/Loaders", "isolated",
+                                                          "(Ljava/lang/String;)Ljava/lang/ClassLoader;",
+                                                          TestJvm::string(classPath)));
   auto capture = std::make_shared<KorLogCapture>();
-  KorLog::setSink(capture);
+  KorLogSink::install(capture);
   KorLog::iEffectiveLogFilter = 4;
   const KorISRAdapterJniManager& manager = *KorISRAdapterJniManager::instance();
   KorLog::iEffectiveLogFilter = 0;
-  KorLog::setSink(nullptr);
-  KorJNI::setISRClassLoader(env, nullptr);
+  KorLogSink::install(nullptr);
+  KorJNISetup::setISRClassLoader(env, nullptr);
   const auto& records = capture->records();
   EXPECT_TRUE(std::any_of(records.begin(), records.end(),
                           [&traced](const KorLogRecord& record) { return utf8(record.inserts) == traced; }));
@@ -71,7 +74,7 @@ TEST_F(JniManagerTest, AMissingMethodIsTracedAndTheRowsBeforeItKept) {
 
 // Needs a process of its own: the fatal class is read when the manager is made.
 TEST_F(JniManagerTest, AFatalClassThatIsAlsoKnownIsFatal) {
-  KorJniManager::setDefaultFatalClassName("com/vantor/broker/plugin/LxRecoverableException");
+  KorJNISetup::setFatalClassName("com/vantor/broker/plugin/LxRecoverableException");
   const KorISRAdapterJniManager* manager = KorISRAdapterJniManager::instance();
   env->Throw(static_cast<jthrowable>(renumbered(env)));
   KorJniReturn outcome(env, manager);
@@ -79,7 +82,7 @@ TEST_F(JniManagerTest, AFatalClassThatIsAlsoKnownIsFatal) {
 }
 
 TEST_F(JniManagerTest, AMissingFatalClassRaisesWithNothingLeftPending) {
-  KorJniManager::setDefaultFatalClassName("no/such/Fatal");
+  KorJNISetup::setFatalClassName("no/such/Fatal");
   EXPECT_THROW(KorISRAdapterJniManager::instance(), KorFatalException);
   EXPECT_FALSE(env->ExceptionCheck());
 }
@@ -96,7 +99,7 @@ TEST_F(JniManagerTest, UnpackingReadsTheNumberAgainAndAppendsTheInserts) {
 
   int number = 0;
   KorWstring text;
-  std::vector<KorWstring> inserts{KorWstring::fromUtf8("x")};
+  std::vector<KorWstring> inserts{KorWstringText::fromUtf8("x")};
   bool nested = false;
   EXPECT_TRUE(manager->processKnownException(env, exception, number, text, inserts, nested));
   EXPECT_EQ(utf8(inserts), (Texts{"x", "a"}));

@@ -3,7 +3,8 @@
 #include "TestJvm.hpp"
 
 #include <KorException.hpp>
-#include <KorJniRef.hpp>
+#include <KorLocalRef.hpp>
+#include <KorWstringText.hpp>
 
 #include <gtest/gtest.h>
 
@@ -41,7 +42,7 @@ void onThreads(const std::function<void(int)>& body) {
 // Threads on one adapter see their own data; no global reference is left behind.
 using ConcurrencyStress = JvmTest;
 TEST_F(ConcurrencyStress, ThreadsOnOneJavaBackedAdapterEachSeeTheirOwnData) {
-  KorISRAdapterImpl adapter(KorWstring::fromUtf8("stress"));
+  KorISRAdapterImpl adapter(KorWstringText::fromUtf8("stress"));
   const long globals = TestJvm::liveGlobalReferences();
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(3);
   onThreads([&](int t) {
@@ -49,12 +50,12 @@ TEST_F(ConcurrencyStress, ThreadsOnOneJavaBackedAdapterEachSeeTheirOwnData) {
     for (int round = 0; std::chrono::steady_clock::now() < deadline && !testing::Test::HasFailure();
          ++round) {
       const std::string name = "t" + std::to_string(t) + "-" + std::to_string(round % 4);
-      const KorWstring key = KorWstring::fromUtf8(name),
-                       content = KorWstring::fromUtf8("<c r='" + std::to_string(round) + "'/>");
+      const KorWstring key = KorWstringText::fromUtf8(name),
+                       content = KorWstringText::fromUtf8("<c r='" + std::to_string(round) + "'/>");
       KorWstring uri, got, names;
       try {
         adapter.createBTD(key, content, uri);
-        EXPECT_EQ(uri.toUtf8(), "/apiv1/business/businesstransactions/" + name);
+        EXPECT_EQ(KorWstringText::toUtf8(uri), "/apiv1/business/businesstransactions/" + name);
         adapter.getBTD(key, got, uri);
         EXPECT_EQ(got, content);
         std::vector<KorWstring> listed = adapter.getBTDNames(names);

@@ -2,6 +2,8 @@
 #include "TestJvm.hpp"
 
 #include <KorException.hpp>
+#include <KorLogSink.hpp>
+#include <KorWstringText.hpp>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,7 +16,7 @@
 namespace {
 
 KorWstring text(const char* utf8) {
-  return KorWstring::fromUtf8(utf8);
+  return KorWstringText::fromUtf8(utf8);
 }
 
 // The adapter under test, one for the destructor's row and one the constructor's row builds.
@@ -64,7 +66,7 @@ std::string raised(const KorException& error, const std::vector<KorLogRecord>& t
   const std::vector<KorWstring> inserts = error.textInserts();
   std::string said = std::string(error.isFatal() ? "fatal " : "recoverable ") + error.function() + " " +
                      error.messageId() + " " + std::to_string(inserts.size()) + " " +
-                     (inserts.size() > 1 ? inserts[1].toUtf8() : "");
+                     (inserts.size() > 1 ? KorWstringText::toUtf8(inserts[1]) : "");
   bool entered = false, traced = false;
   for (const KorLogRecord& record : trace) {
     const bool own = record.function == error.function() && record.token == error.token();
@@ -90,7 +92,7 @@ protected:
     spare = std::make_unique<KorISRAdapterImpl>(text("spare"));
     std::string run;
     auto trace = std::make_shared<KorLogCapture>();
-    auto previousSink = KorLog::setSink(trace);
+    auto previousSink = KorLogSink::install(trace);
     KorLog::iEffectiveLogFilter = 4;
     TestJvm::failNthCall(n, GetParam());
     try {
@@ -104,7 +106,7 @@ protected:
     }
     calls_ = TestJvm::stopFailingCalls();
     KorLog::iEffectiveLogFilter = 0;
-    KorLog::setSink(previousSink);
+    KorLogSink::install(previousSink);
     // JvmTest checks the JVM's warnings and the local frame depth over the whole sweep.
     EXPECT_FALSE(env->ExceptionCheck()) << "a Java exception was left pending";
     spare.reset();

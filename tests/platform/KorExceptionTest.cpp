@@ -1,4 +1,5 @@
 #include <KorException.hpp>
+#include <KorWstringText.hpp>
 
 #include <gtest/gtest.h>
 
@@ -11,13 +12,15 @@ TEST(KorExceptionTest, NestsACopyAndKeepsTheTextInsertsInOrder) {
   KorFatalException cause("f", 1, "fn", KorLog::iDefaultLogSource, korMessageNumber(3702), 0);
   cause << "cause";
   KorRecoverableException error("f", 1, "fn", KorLog::iDefaultLogSource, korMessageNumber(2112), 7);
-  error << cause << "first" << KorWstring(u"\u00E9") << "";
+  error << cause << "first" << KorWstringText::fromUtf16(u"\u00E9") << "";
   cause << "later";
   EXPECT_STREQ(error.what(), "DRX2112: first");
   ASSERT_TRUE(error.inserts().at(0).isNested());
   EXPECT_EQ(error.inserts()[0].nested().inserts().size(), 1U);
   EXPECT_THROW(error.inserts()[0].nested().throwThis(), KorFatalException);
-  EXPECT_EQ(error.textInserts(), (std::vector<KorWstring>{KorWstring(u"first"), KorWstring(u"\u00E9"), {}}));
+  EXPECT_EQ(error.textInserts(),
+            (std::vector<KorWstring>{
+                KorWstringText::fromUtf16(u"first"), KorWstringText::fromUtf16(u"\u00E9"), {}}));
 }
 
 TEST(KorExceptionTest, MessageIdAndWhat) {

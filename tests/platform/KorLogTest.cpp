@@ -1,6 +1,8 @@
 #include <KorAbend.hpp>
 #include <KorLog.hpp>
+#include <KorLogSink.hpp>
 #include <KorNamedLogSource.hpp>
+#include <KorWstringText.hpp>
 
 #include <gtest/gtest.h>
 
@@ -12,16 +14,16 @@ namespace {
 
 TEST(KorLogTest, OneQuotedLinePerRecordWithKindFunctionSourceAndToken) {
   auto capture = std::make_shared<KorLogCapture>();
-  KorLog::setSink(capture);
+  KorLogSink::install(capture);
   const KorNamedLogSource named(L"KorISRAdapterImpl");
   const KorLogToken first = KorLog::entry(named, "A::f", {"say \"hi\"\n", "a\\b\t\x01\x7f", 5});
   const KorLogToken second = KorLog::debugEntry("A::g");
   EXPECT_NE(first, second);
-  EXPECT_EQ(KorLog::setSink(nullptr), capture);
+  EXPECT_EQ(KorLogSink::install(nullptr), capture);
   KorLog::trace("A::f", first, {"dropped"});
-  EXPECT_EQ(KorLog::setSink(capture), nullptr);
+  EXPECT_EQ(KorLogSink::install(capture), nullptr);
   KorLog::exit(named, "A::f", first, {true});
-  KorLog::setSink(nullptr);
+  KorLogSink::install(nullptr);
   std::vector<std::string> lines;
   for (const KorLogRecord& record : capture->records()) {
     lines.push_back(toString(record));
@@ -46,7 +48,7 @@ TEST(KorLogTest, InsertsRender) {
       {L"w\U0001F600", u"w\U0001F600"},
   };
   for (const auto& [insert, expected] : rows) {
-    EXPECT_EQ(insert.text().view(), expected);
+    EXPECT_EQ(KorWstringText::view(insert.text()), expected);
   }
 }
 

@@ -1,4 +1,5 @@
 #include <KorLog.hpp>
+#include <KorLogSink.hpp>
 #include <KorMutex.hpp>
 
 #include <gtest/gtest.h>
@@ -25,7 +26,7 @@ int lockElsewhere(KorMutex& mutex, int timeoutMs) {
 // fails, is logged and changes nothing.
 TEST(KorMutexTest, OnlyTheOwnerRelocksAndUnlocks) {
   auto capture = std::make_shared<KorLogCapture>();
-  KorLog::setSink(capture);
+  KorLogSink::install(capture);
   KorMutex mutex;
   EXPECT_EQ(mutex.unlock(), 0);
   EXPECT_EQ(mutex.lock(-1), 1);
@@ -35,7 +36,7 @@ TEST(KorMutexTest, OnlyTheOwnerRelocksAndUnlocks) {
   EXPECT_EQ(lockElsewhere(mutex, 0), 0);
   EXPECT_EQ(mutex.unlock(), 1);
   EXPECT_EQ(lockElsewhere(mutex, 0), 1);
-  KorLog::setSink(nullptr);
+  KorLogSink::install(nullptr);
   ASSERT_EQ(capture->records().size(), 2U);
   for (const KorLogRecord& record : capture->records()) {
     EXPECT_EQ(record.kind, KorLogKind::systemError);

@@ -5,6 +5,9 @@
 #include <KorException.hpp>
 #include <KorISRAdapterStub.hpp>
 #include <KorLog.hpp>
+#include <KorLogSink.hpp>
+#include <KorStartParametersSetup.hpp>
+#include <KorWstringText.hpp>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -33,13 +36,13 @@ using nlohmann::json;
 using Texts = std::vector<KorWstring>;
 
 KorWstring w(const std::string& utf8) {
-  return KorWstring::fromUtf8(utf8);
+  return KorWstringText::fromUtf8(utf8);
 }
 
 std::string joined(const Texts& texts) {
   std::string line;
   for (std::size_t i = 0; i < texts.size(); ++i) {
-    line += (i == 0 ? "" : ",") + texts[i].toUtf8();
+    line += (i == 0 ? "" : ",") + KorWstringText::toUtf8(texts[i]);
   }
   return line;
 }
@@ -74,21 +77,22 @@ const std::map<std::string, Operation> operations = {
        KorISRService s(a[1], a[2], a[3]);
        bool found = r.getService(a[0], s);
        a = {a[0], s.name, s.serviceNamespace, s.document};
-       return json(found).dump() + " " + s.logSourceName().toUtf8();
+       return json(found).dump() + " " + KorWstringText::toUtf8(s.logSourceName());
      }},
     {"deleteService", [](auto& r, Texts& a) { return r.deleteService(a[0]), ""; }},
     {"getServices",
      [](auto& r, Texts&) {
        std::string line;
        for (const auto& s : r.getServices()) {
-         line += (line.empty() ? "" : ",") + s.name.toUtf8() + "/" + s.serviceNamespace.toUtf8() + "/" +
-                 s.document.toUtf8();
+         line += (line.empty() ? "" : ",") + KorWstringText::toUtf8(s.name) + "/" +
+                 KorWstringText::toUtf8(s.serviceNamespace) + "/" + KorWstringText::toUtf8(s.document);
        }
        return "[" + line + "]";
      }},
     {"setRepositoryDetails",
      [](auto& r, Texts& a) {
-       r.setRepositoryDetails(a[0], a[1], a[2], a[3] == w("true"), a[4], a[5], std::stoi(a[6].toUtf8()));
+       r.setRepositoryDetails(a[0], a[1], a[2], a[3] == w("true"), a[4], a[5],
+                              std::stoi(KorWstringText::toUtf8(a[6])));
        return "";
      }},
     {"migratePoliciesFromISR", [](auto& r, Texts&) { return r.migratePoliciesFromISR(), ""; }},
@@ -104,7 +108,8 @@ std::string describe(const KorException& error) {
   std::string line = std::string(error.isFatal() ? "F " : "R ") + number + " " + error.function() + ":";
   const char* separator = " ";
   for (const auto& insert : error.inserts()) {
-    line += separator + (insert.isNested() ? "{" + describe(insert.nested()) + "}" : insert.text().toUtf8());
+    line += separator + (insert.isNested() ? "{" + describe(insert.nested()) + "}"
+                                           : KorWstringText::toUtf8(insert.text()));
     separator = "|";
   }
   return line;
@@ -117,8 +122,8 @@ std::string describe(const KorLogRecord& record) {
   std::string line = std::string(kinds[static_cast<int>(record.kind)]) + " " + record.function;
   const char* separator = ": ";
   for (std::size_t i = 0; i < record.inserts.size(); ++i) {
-    bool masked = i == 2 && record.inserts[0].toUtf8() == "Throwing exception";
-    line += separator + (masked ? std::string("L") : record.inserts[i].toUtf8());
+    bool masked = i == 2 && KorWstringText::toUtf8(record.inserts[0]) == "Throwing exception";
+    line += separator + (masked ? std::string("L") : KorWstringText::toUtf8(record.inserts[i]));
     separator = "|";
   }
   return line;
@@ -203,7 +208,7 @@ Texts arguments(const json& op) {
 // Sends the trace at filter to the capture it returns; at 0, stops it.
 std::shared_ptr<KorLogCapture> capturing(int filter) {
   auto capture = filter == 0 ? nullptr : std::make_shared<KorLogCapture>();
-  KorLog::setSink(capture);
+  KorLogSink::install(capture);
   KorLog::iEffectiveLogFilter = filter;
   return capture;
 }
@@ -252,7 +257,7 @@ TEST_P(Scenario, Row) {
   capturing(0);
   actual["out"] = row["op"];
   for (std::size_t i = 0; i < args.size(); ++i) {
-    actual["out"][i + 1] = args[i].toUtf8();
+    actual["out"][i + 1] = KorWstringText::toUtf8(args[i]);
   }
   actual["trace"] = json::array();
   for (const auto& record : capture->records()) {
@@ -290,9 +295,9 @@ INSTANTIATE_TEST_SUITE_P(Table, Scenario, ::testing::ValuesIn(loadRows()), [](co
 // the Java-backed one, once, and traces the broker's name; a constructor that
 // raised leaves no instance behind, and deleting the adapter clears it.
 TEST(Factory, KindsAndAFailedConstructor) {
-  KorCommonStartParameters::setCommonStartParameters({w("broker")});
+  KorStartParametersSetup::setCommonStartParameters({w("broker")});
   for (std::int32_t kind : {0, 1, 2, -1}) {
-    KorCommonStartParameters::setContainerInfo({kind});
+    KorStartParametersSetup::setContainerInfo({kind});
     script("ISRAdapter.getInstance\tother");
     if (kind != 1) {
       EXPECT_THROW(KorISRAdapter::isrAdapter(), KorRecoverableException);

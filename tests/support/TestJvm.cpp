@@ -1,6 +1,7 @@
 #include "TestJvm.hpp"
 
 #include <KorJVM.hpp>
+#include <KorJVMStartup.hpp>
 
 #include <jvmti.h>
 
@@ -128,8 +129,8 @@ void createJvm() {
   options.classPath = {LEGIORRUG_TEST_CLASSPATH};
   options.options = {"-Xcheck:jni", "-Xmx256m", "-XX:+UseSerialGC", "-Djava.awt.headless=true"};
   options.vfprintfHook = countingVfprintf;
-  KorJVM::create(options);
-  interposeJniFunctions(KorJVM::javaVM());
+  KorJVMStartup::create(options);
+  interposeJniFunctions(KorJVMStartup::javaVM());
 }
 
 } // namespace

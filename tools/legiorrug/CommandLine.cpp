@@ -3,6 +3,7 @@
 #include "Utf.hpp"
 
 #include <KorWstring.hpp>
+#include <KorWstringText.hpp>
 
 #include <optional>
 
@@ -111,11 +112,11 @@ std::variant<std::size_t, LineError> readDoubleQuoted(std::u16string_view line, 
 std::variant<Words, LineError> splitLine(std::string_view utf8Line) {
   KorWstring decoded;
   try {
-    decoded = KorWstring::fromUtf8(utf8Line);
+    decoded = KorWstringText::fromUtf8(utf8Line);
   } catch (const KorWstringEncodingError& error) {
     return LineError{"invalid UTF-8 at byte " + std::to_string(error.offset() + 1)};
   }
-  const std::u16string_view line = decoded.view();
+  const std::u16string_view line = KorWstringText::view(decoded);
 
   Words words;
   std::size_t i = skipBlanks(line, 0);

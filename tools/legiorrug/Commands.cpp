@@ -3,12 +3,13 @@
 #include "Utf.hpp"
 
 #include <KorISRAdapterStub.hpp>
+#include <KorWstringText.hpp>
 
 #include <charconv>
 #include <limits>
 
 KorWstring Arguments::text(std::size_t index) const {
-  return KorWstring(words_.at(index));
+  return KorWstringText::fromUtf16(words_.at(index));
 }
 
 KorWstring Arguments::optionalText(std::size_t index) const {

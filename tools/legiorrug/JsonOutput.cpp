@@ -1,4 +1,5 @@
 #include "Output.hpp"
+#include <KorWstringText.hpp>
 
 #include "Utf.hpp"
 
@@ -77,7 +78,7 @@ void writeJson(std::ostream& out, const Json& value) {
 }
 
 Json text(const KorWstring& value) {
-  return toWtf8(value.view());
+  return toWtf8(KorWstringText::view(value));
 }
 
 Json texts(const std::vector<KorWstring>& values) {

@@ -3,8 +3,12 @@
 #include <KorCommonStartParameters.hpp>
 #include <KorException.hpp>
 #include <KorJVM.hpp>
+#include <KorJVMStartup.hpp>
 #include <KorLocalJavaStackFrame.hpp>
 #include <KorLog.hpp>
+#include <KorLogSink.hpp>
+#include <KorStartParametersSetup.hpp>
+#include <KorWstringText.hpp>
 
 #include <algorithm>
 #include <cstdarg>
@@ -39,7 +43,7 @@ std::vector<std::string> bundledJars() {
 std::string describe(const KorException& error) {
   std::string text = error.what();
   for (const KorWstring& insert : error.textInserts()) {
-    std::string more = insert.toUtf8();
+    std::string more = KorWstringText::toUtf8(insert);
     if (!more.empty() && text.find(more) == std::string::npos) {
       text += "; " + more;
     }
@@ -170,13 +174,14 @@ public:
   void write(const KorLogRecord& record) override {
     bool debug = record.kind == KorLogKind::debugEntry || record.kind == KorLogKind::debugExit ||
                  record.kind == KorLogKind::debugTrace;
-    const std::string first = debug && !record.inserts.empty() ? record.inserts.front().toUtf8() : "";
+    const std::string first =
+        debug && !record.inserts.empty() ? KorWstringText::toUtf8(record.inserts.front()) : "";
     if (first.rfind("Unable to locate", 0) == 0) {
       for (const KorWstring& insert : record.inserts) {
-        unresolved_ += (unresolved_.empty() ? "" : " ") + insert.toUtf8();
+        unresolved_ += (unresolved_.empty() ? "" : " ") + KorWstringText::toUtf8(insert);
       }
     } else if (first == "Java error" && record.inserts.size() == 2) {
-      javaError_ = record.inserts.back().toUtf8();
+      javaError_ = KorWstringText::toUtf8(record.inserts.back());
     }
     if (next_ != nullptr && (record.kind == KorLogKind::systemError || level_ > (debug ? 3 : 2))) {
       next_->write(record);
@@ -198,15 +203,15 @@ private:
 
 KorISRAdapter& startJavaAdapter(const std::vector<std::string>& classPath) {
   const int level = KorLog::iEffectiveLogFilter;
-  std::shared_ptr<KorLogSink> sink = KorLog::setSink(nullptr);
+  std::shared_ptr<KorLogSink> sink = KorLogSink::install(nullptr);
   auto watch = std::make_shared<LookupWatch>(sink, level);
-  KorLog::setSink(watch);
+  KorLogSink::install(watch);
   KorLog::iEffectiveLogFilter = std::max(level, 4);
   struct Restore {
     std::shared_ptr<KorLogSink>& sink;
     int level;
     ~Restore() {
-      KorLog::setSink(sink);
+      KorLogSink::install(sink);
       KorLog::iEffectiveLogFilter = level;
     }
   } restore{sink, level};
@@ -227,12 +232,12 @@ KorISRAdapter& startJavaAdapter(const std::vector<std::string>& classPath) {
 KorISRAdapter& startRegistry(const Options& options, TraceSink* trace) {
   KorStartParameters parameters;
   try {
-    parameters.name = KorWstring::fromUtf8(options.name);
+    parameters.name = KorWstringText::fromUtf8(options.name);
   } catch (const KorWstringEncodingError& error) {
     throw StartError("--name is not valid UTF-8 (byte " + std::to_string(error.offset() + 1) + ")");
   }
-  KorCommonStartParameters::setContainerInfo(KorContainerInfo{options.containerKind});
-  KorCommonStartParameters::setCommonStartParameters(parameters);
+  KorStartParametersSetup::setContainerInfo(KorContainerInfo{options.containerKind});
+  KorStartParametersSetup::setCommonStartParameters(parameters);
 
   std::vector<std::string> classPath = options.classPath;
   if (options.containerKind != 1) {
@@ -250,7 +255,7 @@ KorISRAdapter& startRegistry(const Options& options, TraceSink* trace) {
     std::vector<std::string> jvmOptions = {"-Xrs"};
     jvmOptions.insert(jvmOptions.end(), options.jvmOptions.begin(), options.jvmOptions.end());
     try {
-      KorJVM::create(KorJVMOptions{classPath, jvmOptions, &jvmPrint, &jvmExit, &jvmAbort});
+      KorJVMStartup::create(KorJVMOptions{classPath, jvmOptions, &jvmPrint, &jvmExit, &jvmAbort});
     } catch (const KorException& error) {
       throw StartError(startFailure(describe(error)));
     }

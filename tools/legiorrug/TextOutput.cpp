@@ -1,11 +1,12 @@
 #include "Output.hpp"
+#include <KorWstringText.hpp>
 
 #include "CommandLine.hpp"
 
 namespace {
 
 std::string text(const KorWstring& value) {
-  return quote(value.view());
+  return quote(KorWstringText::view(value));
 }
 
 std::string service(const KorISRService& value) {

@@ -1,4 +1,5 @@
 #include "Trace.hpp"
+#include <KorLogSink.hpp>
 
 #include "Input.hpp"
 

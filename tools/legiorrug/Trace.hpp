@@ -1,6 +1,7 @@
 #pragma once
 
 #include <KorLog.hpp>
+#include <KorLogSink.hpp>
 
 #include <cstdarg>
 #include <cstdio>

@@ -7,6 +7,7 @@
 #include "Output.hpp"
 #include "Registry.hpp"
 #include "Trace.hpp"
+#include <KorLogSink.hpp>
 
 #include <algorithm>
 #include <cerrno>
@@ -52,7 +53,7 @@ std::shared_ptr<TraceSink> startTrace(const Options& options) {
   } else if (options.trace) {
     sink = std::make_shared<TraceSink>();
   }
-  KorLog::setSink(sink);
+  KorLogSink::install(sink);
   if (options.trace) {
     KorLog::iEffectiveLogFilter = *options.trace;
   }
