@@ -1,10 +1,10 @@
 // A host of legiorrug: one BTD in the in-memory registry, then one in the
-// Java-backed registry, in a JVM that the host starts with the bundled jars.
+// Java-backed registry, in a JVM that the host starts with the bundled jars
+// (with the argument in-memory, the first only: that needs no JDK).
 // Built by CMakeLists.txt (find_package) and by Makefile (pkg-config).
 #include <KorCommonStartParameters.hpp>
 #include <KorException.hpp>
 #include <KorISRAdapter.hpp>
-#include <KorJVM.hpp>
 #include <KorJVMStartup.hpp>
 #include <KorStartParametersSetup.hpp>
 #include <KorWstringText.hpp>
@@ -27,9 +27,13 @@ bool roundTrip(int containerKind) {
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
   try {
     const bool inMemory = roundTrip(1);
+    if (argc > 1 && std::string(argv[1]) == "in-memory") {
+      std::cout << "in-memory: " << inMemory << '\n';
+      return inMemory ? 0 : 1;
+    }
     const std::string jars = LEGIORRUG_JAVA_DIR;
     KorJVMStartup::create(
         KorJVMOptions{{jars + "/legiorrug-plugin.jar", jars + "/legiorrug-registry.jar"}, {}});
