@@ -5,11 +5,14 @@
 #include <KorLogSink.hpp>
 #include <KorWstringText.hpp>
 
+#include <malloc.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
 #include <new>
 #include <sstream>
+#include <thread>
 
 namespace {
 
@@ -79,6 +82,24 @@ void countAllocations(benchmark::State& state, std::uint64_t count, double items
   state.counters["allocations"] = perIteration;
   if (items > 0) {
     state.counters["allocations_per_item"] = perIteration / items;
+  }
+}
+
+void measureHeld(benchmark::State& state, const std::function<void()>& keep) {
+  const auto heapInUse = [] { return static_cast<double>(mallinfo2().uordblks); };
+  // The JVM makes blocks for a listing's local references once, and a
+  // thread that ends hands them to the next: a first run fills that pool.
+  std::thread(keep).join();
+  for (auto _ : state) {
+    double held = 0;
+    std::thread([&] {
+      KorJVM::getEnvironment();
+      std::free(std::malloc(1));
+      const double before = heapInUse();
+      keep();
+      held = heapInUse() - before;
+    }).join();
+    state.counters["bytes_held"] = held;
   }
 }
 

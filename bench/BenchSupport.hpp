@@ -10,6 +10,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -23,6 +24,13 @@ std::uint64_t allocations();
 // Sets the counters allocations (per iteration) and, for a listing of items
 // texts or records, allocations_per_item.
 void countAllocations(benchmark::State& state, std::uint64_t count, double items);
+
+// What one listing leaves in the heap once its caller keeps one text of it
+// and drops the rest: keep runs on a fresh thread, attached to the JVM and
+// with its allocator cache made first, and the heap in use (mallinfo2) is
+// read before the thread ends; a run on a thread of its own comes first.
+// Sets the counter bytes_held; the benchmark runs one iteration.
+void measureHeld(benchmark::State& state, const std::function<void()>& keep);
 
 KorWstring text(const std::string& utf8);
 // prefix followed by index in six digits: names that sort like their index.

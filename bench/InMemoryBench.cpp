@@ -254,6 +254,43 @@ int registerInMemoryBenchmarks() {
 
 [[maybe_unused]] const int registered = registerInMemoryBenchmarks();
 
+// One text kept from a listing of 100,000: a copy of the stored text, which
+// holds nothing of its own, beside a std::u16string copied from a map.
+int registerHeldBenchmarks() {
+  constexpr int count = 100000;
+  benchmark::RegisterBenchmark("held/stub/getBTDNames/100000", [](benchmark::State& state) {
+    KorISRAdapterStub& stub = Stores::holding(count).stub;
+    KorWstring kept;
+    measureHeld(state, [&] {
+      KorWstring names;
+      kept = stub.getBTDNames(names).back();
+    });
+  })->Iterations(1);
+  benchmark::RegisterBenchmark("held/stub/listBTDs/100000", [](benchmark::State& state) {
+    KorISRAdapterStub& stub = Stores::holding(count).stub;
+    KorWstring kept;
+    measureHeld(state, [&] {
+      std::vector<KorWstring> uris;
+      stub.listBTDs(uris);
+      kept = uris.back();
+    });
+  })->Iterations(1);
+  benchmark::RegisterBenchmark("held/map/listBTDs/100000", [](benchmark::State& state) {
+    const MapRegistry& map = Stores::holding(count).map;
+    std::u16string kept;
+    measureHeld(state, [&] {
+      std::vector<std::u16string> uris;
+      for (const auto& entry : map.btds) {
+        uris.push_back(entry.second.uri);
+      }
+      kept = uris.back();
+    });
+  })->Iterations(1);
+  return 0;
+}
+
+[[maybe_unused]] const int heldRegistered = registerHeldBenchmarks();
+
 // A copy shares the buffer: the counter allocations must read 0.
 void korWstringCopy(benchmark::State& state) {
   const KorWstring original = document(documentLength);

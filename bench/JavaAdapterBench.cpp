@@ -543,4 +543,49 @@ int registerJavaBenchmarks() {
 
 [[maybe_unused]] const int registered = registerJavaBenchmarks();
 
+// One text kept from a listing of 100,000, by the library and by the owned
+// floor: the two differ by the kept text alone. Both leave the JVM's blocks
+// of the listing's local references on the thread, until it ends.
+int registerHeldBenchmarks() {
+  constexpr int count = 100000;
+  struct Row {
+    const char* name;
+    jmethodID FloorJni::*read;
+    std::function<KorWstring(Adapter&)> keepOne;
+  };
+  static const Row rows[] = {
+      {"getBTDNames", &FloorJni::btdGetName,
+       [](Adapter& adapter) {
+         KorWstring names;
+         return adapter.getBTDNames(names).back();
+       }},
+      {"listBTDs", &FloorJni::btdGetUri,
+       [](Adapter& adapter) {
+         std::vector<KorWstring> uris;
+         adapter.listBTDs(uris);
+         return uris.back();
+       }},
+  };
+  for (const Row& row : rows) {
+    const std::string suffix = std::string(row.name) + "/100000";
+    benchmark::RegisterBenchmark(("held/library/" + suffix).c_str(), [&row](benchmark::State& state) {
+      JavaRegistry::instance().holdBtds(count);
+      KorWstring kept;
+      measureHeld(state, [&] { kept = row.keepOne(JavaRegistry::instance().adapter()); });
+    })->Iterations(1);
+    benchmark::RegisterBenchmark(("held/owned/" + suffix).c_str(), [&row](benchmark::State& state) {
+      JavaRegistry::instance().holdBtds(count);
+      std::u16string kept;
+      measureHeld(state, [&] {
+        std::vector<std::u16string> list;
+        ownedBtdListing(KorJVM::getEnvironment(), floorJni(), floorJni().*row.read, list);
+        kept = list.back();
+      });
+    })->Iterations(1);
+  }
+  return 0;
+}
+
+[[maybe_unused]] const int heldRegistered = registerHeldBenchmarks();
+
 } // namespace
