@@ -20,4 +20,6 @@ public:
 
   static void setContainerInfo(const KorContainerInfo& info);
   static void setCommonStartParameters(const KorStartParameters& parameters);
+  // For tests: how often containerInfo() was called.
+  static int containerInfoReads();
 };

@@ -1,6 +1,10 @@
 #include "KorCommonStartParameters.hpp"
 
+#include <atomic>
+
 namespace {
+
+std::atomic<int> containerInfoReadCount{0};
 
 KorContainerInfo& containerInfoValue() {
   static KorContainerInfo info;
@@ -15,6 +19,7 @@ KorStartParameters& startParametersValue() {
 } // namespace
 
 const KorContainerInfo& KorCommonStartParameters::containerInfo() {
+  ++containerInfoReadCount;
   return containerInfoValue();
 }
 
@@ -28,4 +33,8 @@ void KorCommonStartParameters::setContainerInfo(const KorContainerInfo& info) {
 
 void KorCommonStartParameters::setCommonStartParameters(const KorStartParameters& parameters) {
   startParametersValue() = parameters;
+}
+
+int KorCommonStartParameters::containerInfoReads() {
+  return containerInfoReadCount;
 }
