@@ -9,4 +9,6 @@ class KorStartParametersSetup {
 public:
   static void setContainerInfo(const KorContainerInfo& info);
   static void setCommonStartParameters(const KorStartParameters& parameters);
+  // For tests: how often containerInfo() was called.
+  static int containerInfoReads();
 };

@@ -2,7 +2,11 @@
 
 #include "KorStartParametersSetup.hpp"
 
+#include <atomic>
+
 namespace {
+
+std::atomic<int> containerInfoReadCount{0};
 
 KorContainerInfo& containerInfoValue() {
   static KorContainerInfo info;
@@ -17,6 +21,7 @@ KorStartParameters& startParametersValue() {
 } // namespace
 
 const KorContainerInfo& KorCommonStartParameters::containerInfo() {
+  ++containerInfoReadCount;
   return containerInfoValue();
 }
 
@@ -30,4 +35,8 @@ void KorStartParametersSetup::setContainerInfo(const KorContainerInfo& info) {
 
 void KorStartParametersSetup::setCommonStartParameters(const KorStartParameters& parameters) {
   startParametersValue() = parameters;
+}
+
+int KorStartParametersSetup::containerInfoReads() {
+  return containerInfoReadCount;
 }

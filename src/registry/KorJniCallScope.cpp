@@ -52,10 +52,10 @@ void korRaisePushFailure(JNIEnv* env, const KorJniManager& manager, const char* 
   korTracedRaise(error);
 }
 
-KorJniCallScope::KorJniCallScope(const char* function, KorLogToken token)
+KorJniCallScope::KorJniCallScope(const char* function, KorLogToken token, int line)
     : function_(function), token_(token), manager_(KorISRAdapterJniManager::instance()), env_(frame_.env()) {
   if (!frame_.pushed()) {
-    korRaisePushFailure(env_, *manager_, sourceFile, __LINE__, function_, token_);
+    korRaisePushFailure(env_, *manager_, sourceFile, line, function_, token_);
   }
 }
 

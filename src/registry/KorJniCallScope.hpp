@@ -39,7 +39,8 @@ private:
 // resolved fails as DRX3702 without reaching JNI.
 class KorJniCallScope {
 public:
-  KorJniCallScope(const char* function, KorLogToken token);
+  // line: the opening operation's own, which a failed push reports.
+  KorJniCallScope(const char* function, KorLogToken token, int line = __builtin_LINE());
   KorJniCallScope(const KorJniCallScope&) = delete;
   KorJniCallScope& operator=(const KorJniCallScope&) = delete;
 

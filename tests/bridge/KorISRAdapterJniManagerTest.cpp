@@ -4,6 +4,7 @@
 #include <KorException.hpp>
 #include <KorJNI.hpp>
 #include <KorJNISetup.hpp>
+#include <KorJVM.hpp>
 #include <KorJniReturn.hpp>
 #include <KorLog.hpp>
 #include <KorLogSink.hpp>
@@ -13,9 +14,11 @@
 
 #include <algorithm>
 #include <memory>
+#include <thread>
 
 // The scenario rows check what operations make of Java exceptions; here, what
-// they cannot reach: failed lookups, the fatal class, the unpacking itself.
+// they cannot reach: failed lookups, the fatal class, the unpacking itself,
+// and the platform's JVM resources over the process's life.
 namespace {
 
 using Texts = std::vector<std::string>;
@@ -104,6 +107,32 @@ TEST_F(JniManagerTest, UnpackingReadsTheNumberAgainAndAppendsTheInserts) {
   EXPECT_TRUE(manager->processKnownException(env, exception, number, text, inserts, nested));
   EXPECT_EQ(utf8(inserts), (Texts{"x", "a"}));
   EXPECT_FALSE(manager->processKnownException(env, nullptr, number, text, inserts, nested));
+}
+
+// A broker starts and ends threads all its life: neither the threads the
+// platform attached nor the class loaders set before may stay behind.
+TEST_F(JniManagerTest, EndedThreadsAndReplacedLoadersAreReleased) {
+  jclass thread = env->FindClass("java/lang/Thread");
+  jmethodID activeCount = env->GetStaticMethodID(thread, "activeCount", "()I");
+  auto javaThreads = [&] {
+    const jint count = env->CallStaticIntMethod(thread, activeCount);
+    EXPECT_FALSE(env->ExceptionCheck());
+    return count;
+  };
+  const jint threads = javaThreads();
+  std::thread([] { KorJVM::getEnvironment(); }).join();
+  EXPECT_EQ(javaThreads(), threads) << "the ended thread is still attached";
+  env->DeleteLocalRef(thread);
+
+  const long globals = TestJvm::liveGlobalReferences();
+  jobject loader =
+      TestJvm::callStatic("java/lang/ClassLoader", "getSystemClassLoader", "()Ljava/lang/ClassLoader;");
+  KorJNISetup::setISRClassLoader(env, loader);
+  KorJNISetup::setISRClassLoader(env, loader);
+  EXPECT_EQ(TestJvm::liveGlobalReferences(), globals + 1);
+  KorJNISetup::setISRClassLoader(env, nullptr);
+  EXPECT_EQ(TestJvm::liveGlobalReferences(), globals);
+  env->DeleteLocalRef(loader);
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <memory>
 #include <set>
 #include <string>
@@ -77,6 +78,15 @@ std::string raised(const KorException& error, const std::vector<KorLogRecord>& t
   return said + (entered ? " entered" : "") + (traced ? " traced" : "");
 }
 
+// The text of the line that raised error, in its own source file.
+std::string raisingLine(const KorException& error) {
+  std::ifstream source(std::string(LEGIORRUG_SOURCE_DIR) + "/" + error.sourceFile() + ".cpp");
+  std::string line;
+  for (int n = 0; n < error.sourceLine() && std::getline(source, line); ++n) {
+  }
+  return line;
+}
+
 // Failed JNI calls leave an Error pending, which the library takes as fatal, or a recoverable exception.
 class JniFaultSweep : public JvmTest, public ::testing::WithParamInterface<const char*> {
 protected:
@@ -99,6 +109,7 @@ protected:
       op.run();
     } catch (const KorException& error) {
       run = raised(error, trace->records());
+      raisingLine_ = raisingLine(error);
       EXPECT_FALSE(error.inserts().empty()) << "an exception that says nothing: " << error.what();
       if (error.messageNumber() == korMessageNumber(4374)) {
         unreadInserts_.insert(error.what());
@@ -116,6 +127,7 @@ protected:
   }
 
   int calls_ = 0;                       // failable JNI calls the last run made
+  std::string raisingLine_;             // the last raise's source line
   std::set<std::string> unreadInserts_; // DRX4374 texts seen
 };
 
@@ -137,9 +149,11 @@ TEST_P(JniFaultSweep, EveryCallOfEveryOperationFails) {
       }
       const bool destructor = name == "~KorISRAdapterImpl";
       EXPECT_TRUE(destructor || !run.empty()) << "a failed JNI call was not reported";
-      // A failed frame push (the first call) is the failing function's own DRX3702.
+      // A failed frame push (the first call) is the failing function's own DRX3702, from the line
+      // that opened the frame.
       if ((n == 1 && !destructor) || run.find("PushLocalFrame") != std::string::npos) {
         EXPECT_THAT(run, ::testing::EndsWith(" DRX3702 4 PushLocalFrame entered traced"));
+        EXPECT_THAT(raisingLine_, ::testing::ContainsRegex("KorJniCallScope java\\(|korRaisePushFailure\\("));
         EXPECT_THAT(
             run, ::testing::AnyOf(::testing::HasSubstr(" KorISRAdapterImpl::" + function + " "),
                                   ::testing::HasSubstr(" KorISRAdapterJniManager::processKnownException ")));

@@ -6,6 +6,8 @@
 
 #include <chrono>
 #include <future>
+#include <new>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -43,6 +45,16 @@ TEST(KorMutexTest, OnlyTheOwnerRelocksAndUnlocks) {
     EXPECT_NE(toString(record).find("\"include/KorMutex\""), std::string::npos) << toString(record);
     EXPECT_NE(toString(record).find("\"Relayed by KorMutex::unlock\""), std::string::npos);
   }
+}
+
+// A memory dump tells a destroyed mutex from a live one.
+TEST(KorMutexTest, DestructionMarksTheEyeCatcher) {
+  alignas(KorMutex) char storage[sizeof(KorMutex)];
+  auto* mutex = new (storage) KorMutex;
+  const std::string_view bytes(storage, sizeof storage);
+  EXPECT_NE(bytes.find(">DRXDDIM"), std::string_view::npos);
+  mutex->~KorMutex();
+  EXPECT_NE(bytes.find("0DRXDDIM"), std::string_view::npos);
 }
 
 TEST(KorMutexTest, TimedLockGivesUpAfterItsLimitOrGetsTheReleasedMutex) {

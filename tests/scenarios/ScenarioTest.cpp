@@ -47,6 +47,18 @@ std::string joined(const Texts& texts) {
   return line;
 }
 
+// Runs call, then writeBack also when call raises: out-parameters are compared either way.
+template <typename Call, typename WriteBack> std::string writingBack(Call&& call, WriteBack&& writeBack) {
+  try {
+    std::string result = call();
+    writeBack();
+    return result;
+  } catch (...) {
+    writeBack();
+    throw;
+  }
+}
+
 // Each operation reads its arguments, out-parameters included, from a and
 // writes the out-parameters back; a list out-parameter is one comma-joined text.
 using Operation = std::function<std::string(KorISRAdapter&, Texts&)>;
@@ -59,9 +71,7 @@ const std::map<std::string, Operation> operations = {
     {"listBTDs",
      [](auto& r, Texts& a) {
        Texts uris = {a[0]};
-       r.listBTDs(uris);
-       a[0] = w(joined(uris));
-       return "";
+       return writingBack([&] { return r.listBTDs(uris), ""; }, [&] { a[0] = w(joined(uris)); });
      }},
     {"getBTDNames", [](auto& r, Texts& a) { return "[" + joined(r.getBTDNames(a[0])) + "]"; }},
     {"createPolicy", [](auto& r, Texts& a) { return r.createPolicy(a[0], a[1], a[2], a[3]), ""; }},
@@ -74,10 +84,14 @@ const std::map<std::string, Operation> operations = {
     {"serviceExists", [](auto& r, Texts& a) { return json(r.serviceExists(a[0], a[1])).dump(); }},
     {"getService",
      [](auto& r, Texts& a) {
-       KorISRService s(a[1], a[2], a[3]);
-       bool found = r.getService(a[0], s);
-       a = {a[0], s.name, s.serviceNamespace, s.document};
-       return json(found).dump() + " " + KorWstringText::toUtf8(s.logSourceName());
+       // Made by assignment, as the broker makes its records: the library itself never assigns one.
+       KorISRService s;
+       s = KorISRService(a[1], a[2], a[3]);
+       return writingBack(
+           [&] { return json(r.getService(a[0], s)).dump() + " " + KorWstringText::toUtf8(s.logSourceName()); },
+           [&] {
+             a = {a[0], s.name, s.serviceNamespace, s.document};
+           });
      }},
     {"deleteService", [](auto& r, Texts& a) { return r.deleteService(a[0]), ""; }},
     {"getServices",
@@ -292,8 +306,10 @@ INSTANTIATE_TEST_SUITE_P(Table, Scenario, ::testing::ValuesIn(loadRows()), [](co
 });
 
 // The factory builds the in-memory registry in stub containers (kind 1), else
-// the Java-backed one, once, and traces the broker's name; a constructor that
-// raised leaves no instance behind, and deleting the adapter clears it.
+// the Java-backed one, once, reading the container only then, and traces the
+// broker's name and the instance; a constructor that raised leaves no
+// instance behind. Any adapter is the instance from its construction, and
+// destroying any adapter clears it.
 TEST(Factory, KindsAndAFailedConstructor) {
   KorStartParametersSetup::setCommonStartParameters({w("broker")});
   for (std::int32_t kind : {0, 1, 2, -1}) {
@@ -306,10 +322,38 @@ TEST(Factory, KindsAndAFailedConstructor) {
     std::unique_ptr<KorISRAdapter> adapter;
     const auto capture = capturing(3);
     adapter.reset(KorISRAdapter::isrAdapter());
-    capturing(0);
-    EXPECT_EQ(dynamic_cast<KorISRAdapterStub*>(adapter.get()) != nullptr, kind == 1) << kind;
+    const int reads = KorStartParametersSetup::containerInfoReads();
     EXPECT_EQ(KorISRAdapter::isrAdapter(w("other")), adapter.get());
-    EXPECT_EQ(describe(capture->records().at(1)), "entry KorISRAdapter::isrAdapter: broker");
+    capturing(0);
+    EXPECT_EQ(KorStartParametersSetup::containerInfoReads(), reads) << "read again with an instance";
+    EXPECT_EQ(dynamic_cast<KorISRAdapterStub*>(adapter.get()) != nullptr, kind == 1) << kind;
+    const std::string entry = "entry KorISRAdapter::isrAdapter", exit = "exit KorISRAdapter::isrAdapter",
+                      at = ": " + KorWstringText::toUtf8(KorLogInsert(static_cast<const void*>(adapter.get())).text());
+    std::vector<std::string> expected = {entry, entry + ": broker", exit + at,
+                                         exit,  entry + ": other",  exit + at};
+    if (kind != 1) {
+      expected.insert(expected.begin() + 2, {"entry KorISRAdapterImpl::KorISRAdapterImpl",
+                                             "exit KorISRAdapterImpl::KorISRAdapterImpl"});
+    }
+    std::vector<std::string> trace;
+    std::vector<KorLogToken> open; // each exit carries its entry's token
+    for (const auto& record : capture->records()) {
+      trace.push_back(describe(record));
+      if (record.kind == KorLogKind::entry) {
+        open.push_back(record.token);
+      } else if (!open.empty() && record.kind == KorLogKind::exit) {
+        EXPECT_EQ(record.token, open.back()) << trace.back();
+        open.pop_back();
+      }
+    }
+    EXPECT_EQ(trace, expected);
+
+    auto second = std::make_unique<KorISRAdapterStub>();
+    EXPECT_EQ(KorISRAdapter::isrAdapter(), second.get());
+    adapter.reset();
+    KorISRAdapter* next = KorISRAdapter::isrAdapter();
+    ASSERT_NE(next, second.get()) << "destroying an adapter that was not the instance left it set";
+    adapter.reset(next);
   }
 }
 

@@ -16,8 +16,8 @@ import java.util.stream.Collectors;
  * answer per call name, or else with its own fallback:
  * "null"; "=text" (a text, "=false" for a boolean, "=x" a record built from x);
  * "[a,null]" an array of records built from each name, "null" a null element;
- * "known|number|text|insert..." an LxRecoverableException ("~" a null insert,
- * "!" one whose toString throws); "other" an IllegalStateException; "fatal" an Error.
+ * "known|number|text|insert..." an LxRecoverableException ("~" a null text or insert,
+ * "!" an insert whose toString throws); "other" an IllegalStateException; "fatal" an Error.
  */
 public final class Script {
     private static final Map<String, String> ANSWERS = new HashMap<>();
@@ -54,7 +54,8 @@ public final class Script {
             case "null": return null;
             case "other": throw new IllegalStateException("scripted");
             case "fatal": throw new Error("scripted");
-            case "known": throw new LxRecoverableException(Long.parseLong(parts[1]), parts[2],
+            case "known": throw new LxRecoverableException(Long.parseLong(parts[1]),
+                    parts[2].equals("~") ? null : parts[2],
                     Arrays.stream(parts, 3, parts.length).map(Script::insert).toArray());
             default: break;
         }
