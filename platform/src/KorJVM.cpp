@@ -34,8 +34,8 @@ thread_local ThreadAttachment threadAttachment;
 // one and a host with no JVM must read why.
 [[noreturn]] void raise(int line, const char* call, const std::string& reason) {
   KorFatalException error(sourceFile, line, "KorJVM", KorLog::iDefaultLogSource, korMessageNumber(3702), 0);
-  error << KorWstring::fromUtf8(std::string("Fatal Error Making JNI Call: ") + call + " (" + reason + ")") << call
-        << KorWstring::fromUtf8(reason);
+  error << KorWstring::fromUtf8(std::string("Fatal Error Making JNI Call: ") + call + " (" + reason + ")")
+        << call << KorWstring::fromUtf8(reason);
   error.throwThis();
 }
 

@@ -11,8 +11,9 @@ TEST(KorJVMTest, AProcessWithoutAJvmIsToldSo) {
     KorJVM::getEnvironment();
     FAIL() << "no exception";
   } catch (const KorFatalException& error) {
-    EXPECT_STREQ(error.what(), "DRX3702: Fatal Error Making JNI Call: JNI_GetCreatedJavaVMs (the process has no "
-                               "Java virtual machine)");
+    EXPECT_STREQ(error.what(),
+                 "DRX3702: Fatal Error Making JNI Call: JNI_GetCreatedJavaVMs (the process has no "
+                 "Java virtual machine)");
     EXPECT_EQ(error.textInserts().at(1), KorWstring(u"JNI_GetCreatedJavaVMs"));
   }
 }
