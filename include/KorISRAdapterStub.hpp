@@ -8,27 +8,43 @@
 #include <map>
 #include <vector>
 
-// The in-memory registry of stub containers. It takes no lock: callers
-// serialise their calls.
+/// The in-memory registry of stub containers: BTDs and policies in ordered
+/// maps, kept as long as the object lives; the service and administrative
+/// operations answer with nothing. A missing BTD raises DRX2112 (DRX2113 on
+/// update); a missing or already present policy DRX2113.
+///
+/// Threads: it takes no lock. Callers serialise all their calls on it, reads
+/// and reset() included; two threads calling at once corrupt its maps.
 class KOR_EXPORT KorISRAdapterStub : public KorISRAdapter {
 public:
+  /// A stored policy.
   struct Policy {
+    /// The policy type.
     KorWstring type;
+    /// The policy name, unique within its type.
     KorWstring name;
+    /// The document, as given.
     KorWstring document;
+    /// The URI given out on creation.
     KorWstring uri;
   };
 
+  /// A stored business transaction definition.
   struct BusinessTransactionDefinition {
+    /// The BTD name.
     KorWstring name;
+    /// The content, as given.
     KorWstring content;
+    /// The URI given out on creation.
     KorWstring uri;
   };
 
+  /// Empty stores; becomes the process-wide adapter.
   KorISRAdapterStub() = default;
+  /// Frees both stores and clears the process-wide adapter.
   ~KorISRAdapterStub() override;
 
-  // Empties both stores; the object stays the process-wide adapter.
+  /// Empties both stores; the object stays the process-wide adapter.
   void reset();
 
   void migratePoliciesFromISR() override;

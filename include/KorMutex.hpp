@@ -10,9 +10,13 @@
 #include <pthread.h>
 #include <sys/time.h>
 
-// A recursive mutex whose lock may give up after a time limit. Everything is
-// inline and nothing is exported, so each binary that includes this header
-// carries its own complete copy.
+/// A recursive mutex whose lock may give up after a time limit. Everything is
+/// inline and nothing is exported, so each binary that includes this header
+/// carries its own complete copy.
+///
+/// Threads: lock() and unlock() may be called from any thread; the thread
+/// that holds the mutex may lock it again and unlocks it as often. Construct
+/// and destroy it while no other thread uses it.
 class KorMutex {
 public:
   // Carries a failure inside lock() or unlock() to their own handler; it
@@ -63,8 +67,9 @@ public:
     static_cast<volatile char*>(eyeCatcher_)[0] = '0';
   }
 
-  // timeoutMs -1 waits without limit. Returns 1 when the calling thread holds
-  // the mutex, 0 when the time limit passed first, -1 after a logged failure.
+  /// Takes the mutex, waiting at most timeoutMs milliseconds.
+  /// timeoutMs -1 waits without limit. Returns 1 when the calling thread holds
+  /// the mutex, 0 when the time limit passed first, -1 after a logged failure.
   int lock(int timeoutMs) {
     if (state_ == 0) {
       terminate(__LINE__, "KorMutex::lock", "Trying to lock an invalid mutex");
@@ -91,8 +96,9 @@ public:
     }
   }
 
-  // Returns 1, or 0 after a logged failure, among them an unlock by a thread
-  // that does not own the mutex.
+  /// Releases one hold of the calling thread.
+  /// Returns 1, or 0 after a logged failure, among them an unlock by a thread
+  /// that does not own the mutex.
   int unlock() {
     if (state_ == 0) {
       terminate(__LINE__, "KorMutex::unlock", "Trying to unlock an invalid mutex");
@@ -208,9 +214,11 @@ private:
   std::int32_t holdCount_ = 0;
 };
 
-// Holds a KorMutex for the life of a scope, without time limit.
+/// Holds a KorMutex for the life of a scope, without time limit.
+/// Threads: one object belongs to the thread that made it.
 class KorMutexLock {
 public:
+  /// Locks mutex, waiting without limit.
   explicit KorMutexLock(KorMutex& mutex) : mutex_(&mutex) {
     std::memcpy(eyeCatcher_, ">DRXDDII", sizeof eyeCatcher_);
     locked_ = true;

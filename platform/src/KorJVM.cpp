@@ -33,10 +33,12 @@ struct ThreadAttachment {
 thread_local JNIEnv* threadEnv = nullptr;
 thread_local ThreadAttachment threadAttachment;
 
+// The reason is in the first insert as well, since what() shows only that
+// one and a host with no JVM must read why.
 [[noreturn]] void raise(int line, const char* call, const std::string& reason) {
   KorFatalException error(sourceFile, line, "KorJVM", KorLog::iDefaultLogSource, korMessageNumber(3702), 0);
-  error << KorWstringText::fromUtf8(std::string("Fatal Error Making JNI Call: ") + call) << call
-        << KorWstringText::fromUtf8(reason);
+  error << KorWstringText::fromUtf8(std::string("Fatal Error Making JNI Call: ") + call + " (" + reason + ")")
+        << call << KorWstringText::fromUtf8(reason);
   error.throwThis();
 }
 

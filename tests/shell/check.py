@@ -54,11 +54,17 @@ for registry in stub, java:
 row("java_text_service", java, 0, stdin=b"createService s ns d\ngetService s\n",
     out=b'1 createService: done\n2 getService: true\n  service = "s" in namespace "ns", document "d"\n')
 row("byte_order_mark", stub, 0, stdin=b"\xef\xbb\xbfbtdExists a\n")
-# The README's JSON Lines examples print what it shows.
-examples = re.findall(r"^\$ legiorrug ([^\n]*) <<'EOF'\n(.*?)^EOF\n(.*?)^```", open(source + "/README.md").read(),
-                      re.M | re.S)
-for args, script, shown in examples if len(examples) == 2 else sys.exit("expected 2 README examples"):
-    row("readme", args, None, stdin=script.encode(), out=shown.encode())
+# The examples of the README and the manual page print what they show.
+shown = "".join(open(source + path).read() for path in ("/README.md", "/docs/legiorrug.1.md"))
+examples = re.findall(r"^\$ legiorrug ([^\n]*) <<'EOF'\n(.*?)^EOF\n(.*?)^```", shown, re.M | re.S)
+for args, script, shown in examples if len(examples) == 3 else sys.exit("expected 3 examples"):
+    row("example", args, None, stdin=script.encode(), out=shown.encode())
+# The manual page names every option of --help, and every command with its arguments as --help gives them.
+listed = subprocess.run([program, "--help"], stdout=subprocess.PIPE, text=True).stdout.split("\nCommands,")
+page = re.sub(r"\\f(\[\w*\]|\w)", "", open(binary + "/docs/legiorrug.1").read()).replace("\\-", "-")
+words = re.findall(r"(?:^  |,)(-[-\w]+)", listed[0], re.M) + re.findall(r"^  (\w.*)$", listed[1], re.M)
+missing = [word for word in words if not re.search(r"(?<![-\w])%s(?![-\w])" % re.escape(word), page)]
+runs.append(pool.submit(lambda: missing and "man_page: legiorrug.1 lacks %s" % ", ".join(missing)))
 
 # Exit statuses and start failures; no libjvm to be found, which the in-memory registry needs not.
 row("all_succeed", stub + "--json -f -", 0, stdin=ok)
