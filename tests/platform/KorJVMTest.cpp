@@ -1,5 +1,6 @@
 #include <KorException.hpp>
 #include <KorJVM.hpp>
+#include <KorWstringText.hpp>
 
 #include <gtest/gtest.h>
 
@@ -14,7 +15,7 @@ TEST(KorJVMTest, AProcessWithoutAJvmIsToldSo) {
     EXPECT_STREQ(error.what(),
                  "DRX3702: Fatal Error Making JNI Call: JNI_GetCreatedJavaVMs (the process has no "
                  "Java virtual machine)");
-    EXPECT_EQ(error.textInserts().at(1), KorWstring(u"JNI_GetCreatedJavaVMs"));
+    EXPECT_EQ(error.textInserts().at(1), KorWstringText::fromUtf16(u"JNI_GetCreatedJavaVMs"));
   }
 }
 
