@@ -88,7 +88,9 @@ const std::map<std::string, Operation> operations = {
        KorISRService s;
        s = KorISRService(a[1], a[2], a[3]);
        return writingBack(
-           [&] { return json(r.getService(a[0], s)).dump() + " " + KorWstringText::toUtf8(s.logSourceName()); },
+           [&] {
+             return json(r.getService(a[0], s)).dump() + " " + KorWstringText::toUtf8(s.logSourceName());
+           },
            [&] {
              a = {a[0], s.name, s.serviceNamespace, s.document};
            });
@@ -328,7 +330,8 @@ TEST(Factory, KindsAndAFailedConstructor) {
     EXPECT_EQ(KorStartParametersSetup::containerInfoReads(), reads) << "read again with an instance";
     EXPECT_EQ(dynamic_cast<KorISRAdapterStub*>(adapter.get()) != nullptr, kind == 1) << kind;
     const std::string entry = "entry KorISRAdapter::isrAdapter", exit = "exit KorISRAdapter::isrAdapter",
-                      at = ": " + KorWstringText::toUtf8(KorLogInsert(static_cast<const void*>(adapter.get())).text());
+                      at = ": " + KorWstringText::toUtf8(
+                                      KorLogInsert(static_cast<const void*>(adapter.get())).text());
     std::vector<std::string> expected = {entry, entry + ": broker", exit + at,
                                          exit,  entry + ": other",  exit + at};
     if (kind != 1) {
