@@ -50,6 +50,27 @@ std::string skipReason(const Requirement& row, const std::map<std::string, const
   return {};
 }
 
+// Threads that meet the same fault report it once, with a count.
+std::vector<Evidence> merged(const std::vector<Evidence>& evidence) {
+  std::vector<Evidence> distinct;
+  std::vector<int> seen;
+  for (const Evidence& item : evidence) {
+    auto same = std::find_if(distinct.begin(), distinct.end(), [&](const Evidence& other) {
+      return other.call == item.call && other.got == item.got && other.verdict == item.verdict;
+    });
+    if (same == distinct.end()) {
+      distinct.push_back(item);
+      seen.push_back(1);
+    } else {
+      ++seen[static_cast<std::size_t>(same - distinct.begin())];
+    }
+  }
+  for (std::size_t i = 0; i < distinct.size(); ++i) {
+    distinct[i].got += seen[i] > 1 ? " (" + std::to_string(seen[i]) + " times)" : "";
+  }
+  return distinct;
+}
+
 RowResult runRow(const Requirement& row, RunState& run) {
   RowResult result;
   result.requirement = &row;
@@ -68,7 +89,7 @@ RowResult runRow(const Requirement& row, RunState& run) {
     probe.removeWhatWasMade();
   }
   result.seconds = secondsSince(start);
-  result.evidence = std::move(probe.evidence);
+  result.evidence = merged(probe.evidence);
   for (const Evidence& evidence : result.evidence) {
     result.verdict = std::max(result.verdict, evidence.verdict);
   }

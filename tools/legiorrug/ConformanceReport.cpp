@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -163,7 +164,9 @@ void writeCase(std::ostream& out, const RowResult& result) {
   }
   out << ">\n";
   if (result.verdict == Verdict::fail) {
-    out << "      <failure message=\"" << xml(result.evidence.front().got) << "\" type=\"requirement\">"
+    const Evidence& first = *std::find_if(result.evidence.begin(), result.evidence.end(),
+                                          [](const Evidence& item) { return item.verdict == Verdict::fail; });
+    out << "      <failure message=\"" << xml(first.got) << "\" type=\"requirement\">"
         << xml(details(result)) << "</failure>\n";
   } else if (result.verdict == Verdict::skip) {
     out << "      <skipped message=\"" << xml(result.skipped) << "\"/>\n";

@@ -12,7 +12,7 @@
 #include <thread>
 
 std::string shown(const KorWstring& text) {
-  const std::size_t most = 48;
+  const std::size_t most = 120;
   std::u16string_view units = text.view();
   return units.size() <= most ? quote(units)
                               : quote(units.substr(0, most)) + "... (" + std::to_string(units.size()) + " units)";
@@ -433,6 +433,23 @@ void globalReferencesBalanced(Probe& p) {
   }
 }
 
+// What the run left in the registry under its prefix, after every row removed what it made.
+void nothingLeft(Probe& p) {
+  const KorWstring prefix(p.run().prefix);
+  auto left = [&](const KorWstring& name) { return name.view().substr(0, prefix.length()) == prefix.view(); };
+  Texts names = getBTDNames(p);
+  for (const char16_t* type : {u"Security", u"Transport", u"businesstransactiondefinition"}) {
+    Texts policies = getPolicyNames(p, text(type));
+    names.insert(names.end(), policies.begin(), policies.end());
+  }
+  for (const KorISRService& service : p.call("getServices", {}, [&] { return p.registry().getServices(); })) {
+    names.push_back(service.name);
+  }
+  for (const KorWstring& name : names) {
+    p.expect(!left(name), "still there: " + shown(name), "nothing under the run's prefix: each one was deleted");
+  }
+}
+
 struct TextCase {
   const char* label;
   std::u16string name;
@@ -577,6 +594,8 @@ std::vector<Requirement> registryRequirements() {
        {"btd answers", "btd listing"}, true, concurrency},
       {"nothing pending", "hygiene", "no Java exception is left pending after any call of the run", {}, true,
        nothingPending},
+      {"nothing left", "hygiene", "what the checks deleted is gone from every listing",
+       {"btd listing", "policy names", "service answers"}, true, nothingLeft},
       {"global references", "hygiene", "the library's global references balance over the run", {}, true,
        globalReferencesBalanced},
   };
