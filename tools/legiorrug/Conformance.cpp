@@ -5,8 +5,8 @@
 #include "Registry.hpp"
 
 #include <algorithm>
-#include <chrono>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <iostream>
 #include <map>

@@ -35,10 +35,10 @@ std::string seconds(double value) {
 }
 
 std::string summary(const Totals& totals) {
-  return std::to_string(totals.passed + totals.warnings + totals.failed + totals.skipped) + " requirements: " +
-         std::to_string(totals.passed) + " passed, " + std::to_string(totals.failed) + " failed, " +
-         std::to_string(totals.warnings) + " with warnings, " + std::to_string(totals.skipped) + " skipped, in " +
-         seconds(totals.seconds) + " s";
+  return std::to_string(totals.passed + totals.warnings + totals.failed + totals.skipped) +
+         " requirements: " + std::to_string(totals.passed) + " passed, " + std::to_string(totals.failed) +
+         " failed, " + std::to_string(totals.warnings) + " with warnings, " + std::to_string(totals.skipped) +
+         " skipped, in " + seconds(totals.seconds) + " s";
 }
 
 class TextReport : public ConformanceReport {
@@ -149,15 +149,16 @@ std::string xml(const std::string& text) {
 std::string details(const RowResult& result) {
   std::string text;
   for (const Evidence& evidence : result.evidence) {
-    text += std::string(verdictName(evidence.verdict)) + "\ncall: " + evidence.call + "\ngot: " + evidence.got +
-            "\nexpected: " + evidence.expected + "\n";
+    text += std::string(verdictName(evidence.verdict)) + "\ncall: " + evidence.call +
+            "\ngot: " + evidence.got + "\nexpected: " + evidence.expected + "\n";
   }
   return text;
 }
 
 void writeCase(std::ostream& out, const RowResult& result) {
-  out << "    <testcase name=\"" << xml(result.requirement->name) << "\" classname=\"legiorrug.check-registry."
-      << xml(result.requirement->group) << "\" time=\"" << seconds(result.seconds) << "\"";
+  out << "    <testcase name=\"" << xml(result.requirement->name)
+      << "\" classname=\"legiorrug.check-registry." << xml(result.requirement->group) << "\" time=\""
+      << seconds(result.seconds) << "\"";
   if (result.verdict == Verdict::pass) {
     out << "/>\n";
     return;
@@ -166,8 +167,8 @@ void writeCase(std::ostream& out, const RowResult& result) {
   if (result.verdict == Verdict::fail) {
     const Evidence& first = *std::find_if(result.evidence.begin(), result.evidence.end(),
                                           [](const Evidence& item) { return item.verdict == Verdict::fail; });
-    out << "      <failure message=\"" << xml(first.got) << "\" type=\"requirement\">"
-        << xml(details(result)) << "</failure>\n";
+    out << "      <failure message=\"" << xml(first.got) << "\" type=\"requirement\">" << xml(details(result))
+        << "</failure>\n";
   } else if (result.verdict == Verdict::skip) {
     out << "      <skipped message=\"" << xml(result.skipped) << "\"/>\n";
   } else {
@@ -202,7 +203,7 @@ void writeJunitReport(const std::string& path, const std::vector<RowResult>& res
     });
     Totals group;
     for (auto result = first; result != last; ++result) {
-      ++(result->verdict == Verdict::fail ? group.failed
+      ++(result->verdict == Verdict::fail   ? group.failed
          : result->verdict == Verdict::skip ? group.skipped
                                             : group.passed);
       group.seconds += result->seconds;

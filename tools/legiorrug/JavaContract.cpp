@@ -58,7 +58,10 @@ const std::vector<JavaClass> contract = {
       {"getDocument", str},
       {"validateContent", "()V"}}},
     {"com/vantor/broker/isr/BTDDocument",
-     {{"<init>", "(Ljava/lang/String;Ljava/lang/String;)V"}, {"getName", str}, {"getUri", str}, {"getContent", str}}},
+     {{"<init>", "(Ljava/lang/String;Ljava/lang/String;)V"},
+      {"getName", str},
+      {"getUri", str},
+      {"getContent", str}}},
     {"com/vantor/broker/isr/ISRService",
      {{"<init>", "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;)V"},
       {"<init>", "(Ljava/lang/String;Ljava/lang/String;)V"},
@@ -85,7 +88,8 @@ const std::vector<JavaClass> contract = {
     {"com/vantor/broker/plugin/LxRecoverableException", {}},
     {"java/lang/Object", {{"toString", str}}},
     {"com/vantor/broker/config/proxy/MessageFlowProxy",
-     {{"stopMessageFlow", "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;)V", true}}},
+     {{"stopMessageFlow", "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;)V",
+       true}}},
 };
 
 // The lookup names the Java error it met only in a debug item.
@@ -108,10 +112,10 @@ struct Lookup {
 Lookup lookUp(JNIEnv* env, const char* className, const JavaMethod* method) {
   Lookup lookup;
   jmethodID id = nullptr;
-  const KorJNI::MethodInfo methods[] = {
-      {&id, method != nullptr && method->isStatic ? 1 : 0, method != nullptr ? method->name : nullptr,
-       method != nullptr ? method->signature : nullptr},
-      {}};
+  const KorJNI::MethodInfo methods[] = {{&id, method != nullptr && method->isStatic ? 1 : 0,
+                                         method != nullptr ? method->name : nullptr,
+                                         method != nullptr ? method->signature : nullptr},
+                                        {}};
   const KorJNI::ClassInfo table[] = {
       {&lookup.cls, className, method != nullptr ? methods : nullptr, nullptr, nullptr, nullptr}, {}};
   auto watch = std::make_shared<JavaErrorWatch>();
@@ -129,7 +133,8 @@ Lookup lookUp(JNIEnv* env, const char* className, const JavaMethod* method) {
   return lookup;
 }
 
-template <typename T = jobject> T callObject(JNIEnv* env, jobject target, const char* name, const char* signature) {
+template <typename T = jobject>
+T callObject(JNIEnv* env, jobject target, const char* name, const char* signature) {
   KorLocalRef<jclass> cls(env, env->GetObjectClass(target));
   jmethodID method = env->GetMethodID(cls.get(), name, signature);
   return method != nullptr ? static_cast<T>(env->CallObjectMethod(target, method)) : nullptr;
@@ -166,15 +171,15 @@ std::string describeMember(JNIEnv* env, jobject member, bool constructor) {
   KorLocalRef<jclass> memberClass(env, env->GetObjectClass(member));
   jint modifiers = env->CallIntMethod(member, env->GetMethodID(memberClass.get(), "getModifiers", "()I"));
   const jint staticModifier = 8;
-  return descriptor + descriptorOf(env, result.get()) + ((modifiers & staticModifier) != 0 ? " (static)" : "");
+  return descriptor + descriptorOf(env, result.get()) +
+         ((modifiers & staticModifier) != 0 ? " (static)" : "");
 }
 
 // What the class declares under the member's name, for the report.
 std::string declared(JNIEnv* env, jclass cls, const JavaMethod& wanted) {
   const bool constructor = std::string(wanted.name) == "<init>";
   KorLocalRef<jobjectArray> members(
-      env, callObject<jobjectArray>(env, cls,
-                                    constructor ? "getDeclaredConstructors" : "getDeclaredMethods",
+      env, callObject<jobjectArray>(env, cls, constructor ? "getDeclaredConstructors" : "getDeclaredMethods",
                                     constructor ? "()[Ljava/lang/reflect/Constructor;"
                                                 : "()[Ljava/lang/reflect/Method;"));
   std::string found;
@@ -182,7 +187,8 @@ std::string declared(JNIEnv* env, jclass cls, const JavaMethod& wanted) {
     KorLocalRef<> member(env, env->GetObjectArrayElement(members.get(), i));
     KorLocalRef<jstring> name(env, callObject<jstring>(env, member.get(), "getName", "()Ljava/lang/String;"));
     if (constructor || javaText(env, name.get()) == wanted.name) {
-      found += (found.empty() ? "" : ", ") + std::string(wanted.name) + " " + describeMember(env, member.get(), constructor);
+      found += (found.empty() ? "" : ", ") + std::string(wanted.name) + " " +
+               describeMember(env, member.get(), constructor);
     }
   }
   if (env->ExceptionCheck()) {
@@ -244,13 +250,20 @@ std::vector<Requirement> resolutionRequirements() {
   std::vector<Requirement> rows;
   for (const JavaClass& javaClass : contract) {
     const std::string classId = std::string("class ") + javaClass.name;
-    rows.push_back({classId, "resolution", "class " + std::string(javaClass.name) + " loads", {}, false,
+    rows.push_back({classId,
+                    "resolution",
+                    "class " + std::string(javaClass.name) + " loads",
+                    {},
+                    false,
                     [&javaClass](Probe&) { checkClass(javaClass); }});
     for (const JavaMethod& method : javaClass.methods) {
-      rows.push_back({classId + "." + method.name + method.signature, "resolution",
-                      shortName(javaClass.name) + "." + method.name + " " + method.signature + " resolves as " +
-                          kind(method),
-                      {classId}, false, [&javaClass, &method](Probe&) { checkMethod(javaClass, method); }});
+      rows.push_back({classId + "." + method.name + method.signature,
+                      "resolution",
+                      shortName(javaClass.name) + "." + method.name + " " + method.signature +
+                          " resolves as " + kind(method),
+                      {classId},
+                      false,
+                      [&javaClass, &method](Probe&) { checkMethod(javaClass, method); }});
     }
   }
   return rows;

@@ -97,7 +97,8 @@ std::variant<Options, int> parseOptions(int argc, char** argv) {
                "legiorrug-check-PID-, and delete what they made, so the registry may hold real data; "
                "setRepositoryDetails, migratePoliciesFromISR and stopMessageFlow are resolved, never called. "
                "Exit status 0 when no requirement fails");
-  app.add_option("--junit", options.junitFile, "With --check-registry, write the report as JUnit XML to FILE too")
+  app.add_option("--junit", options.junitFile,
+                 "With --check-registry, write the report as JUnit XML to FILE too")
       ->type_name("FILE")
       ->check(nonEmpty);
   app.add_flag("--no-history", options.noHistory, "At a terminal, keep no history in ~/.legiorrug_history");

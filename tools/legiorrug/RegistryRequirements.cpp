@@ -14,8 +14,9 @@
 std::string shown(const KorWstring& text) {
   const std::size_t most = 120;
   std::u16string_view units = text.view();
-  return units.size() <= most ? quote(units)
-                              : quote(units.substr(0, most)) + "... (" + std::to_string(units.size()) + " units)";
+  return units.size() <= most
+             ? quote(units)
+             : quote(units.substr(0, most)) + "... (" + std::to_string(units.size()) + " units)";
 }
 
 std::string shown(const KorException& error) {
@@ -24,8 +25,8 @@ std::string shown(const KorException& error) {
                      (id.empty() ? "message number " + std::to_string(error.messageNumber()) : id);
   std::string inserts;
   for (const KorExceptionInsert& insert : error.inserts()) {
-    inserts += (inserts.empty() ? "" : ", ") + (insert.isNested() ? "[" + shown(insert.nested()) + "]"
-                                                                  : shown(insert.text()));
+    inserts += (inserts.empty() ? "" : ", ") +
+               (insert.isNested() ? "[" + shown(insert.nested()) + "]" : shown(insert.text()));
   }
   return text + (inserts.empty() ? "" : ": " + inserts);
 }
@@ -210,10 +211,12 @@ KorWstring storePolicy(Probe& p, const KorWstring& type, const KorWstring& name,
                        bool update = false) {
   KorWstring uri;
   if (update) {
-    p.call("updatePolicy", {type, name, document}, [&] { p.registry().updatePolicy(type, name, document, uri); });
+    p.call("updatePolicy", {type, name, document},
+           [&] { p.registry().updatePolicy(type, name, document, uri); });
   } else {
     p.made(type == reservedType ? Kind::btd : Kind::policy, name, type);
-    p.call("createPolicy", {type, name, document}, [&] { p.registry().createPolicy(type, name, document, uri); });
+    p.call("createPolicy", {type, name, document},
+           [&] { p.registry().createPolicy(type, name, document, uri); });
   }
   return uri;
 }
@@ -266,16 +269,20 @@ std::string shown(const std::optional<KorISRService>& service) {
 
 void serviceRoundTrip(Probe& p, const KorWstring& name, const KorWstring& space, const KorWstring& document) {
   p.made(Kind::service, name, space);
-  p.call("createService", {name, space, document}, [&] { p.registry().createService(name, space, document); });
+  p.call("createService", {name, space, document},
+         [&] { p.registry().createService(name, space, document); });
   p.expect(serviceExists(p, name, space), "false", "true: the service was just created");
   std::optional<KorISRService> read = getService(p, name);
   p.expect(read && read->name == name && read->serviceNamespace == space && read->document == document,
-           shown(read), "the service as created: " + shown(std::optional<KorISRService>(KorISRService(name, space, document))));
+           shown(read),
+           "the service as created: " +
+               shown(std::optional<KorISRService>(KorISRService(name, space, document))));
   std::vector<KorISRService> all = p.call("getServices", {}, [&] { return p.registry().getServices(); });
   auto listed = std::count_if(all.begin(), all.end(), [&](const KorISRService& service) {
     return service.name == name && service.serviceNamespace == space;
   });
-  p.expect(listed == 1, std::to_string(all.size()) + " services, " + std::to_string(listed) + " of them " + shown(name),
+  p.expect(listed == 1,
+           std::to_string(all.size()) + " services, " + std::to_string(listed) + " of them " + shown(name),
            "the stored one listed exactly once, with its namespace");
   p.call("deleteService", {name}, [&] { p.registry().deleteService(name); });
   p.expect(!getService(p, name), shown(getService(p, name)), "false: the service was just deleted");
@@ -289,10 +296,10 @@ void expectKnown(Probe& p, const std::shared_ptr<const KorException>& error, con
                              "number, a trace text and inserts naming " +
                              shown(name);
   if (error == nullptr) {
-    p.note(ifAnswered, "it answered normally", needed + (ifAnswered == Verdict::warning
-                                                            ? " (or a silent no-op, as this one is, if that is "
-                                                              "the registry's rule)"
-                                                            : ""));
+    p.note(ifAnswered, "it answered normally",
+           needed + (ifAnswered == Verdict::warning ? " (or a silent no-op, as this one is, if that is "
+                                                      "the registry's rule)"
+                                                    : ""));
   } else if (libraryMessage(*error) != nullptr) {
     p.note(Verdict::fail, shownRaise(*error), needed);
   } else {
@@ -313,7 +320,8 @@ void missingBTD(Probe& p) {
   const KorWstring name = p.name(u"missing");
   KorWstring content = btdContent;
   KorWstring uri;
-  expectKnown(p, p.raised("getBTD", {name, content}, [&] { r.getBTD(name, content, uri); }), name, Verdict::fail);
+  expectKnown(p, p.raised("getBTD", {name, content}, [&] { r.getBTD(name, content, uri); }), name,
+              Verdict::fail);
   p.made(Kind::btd, name);
   expectKnown(p, p.raised("updateBTD", {name, content}, [&] { r.updateBTD(name, content, uri); }), name,
               Verdict::fail);
@@ -324,8 +332,9 @@ void existingBTD(Probe& p) {
   const KorWstring name = p.name(u"twice");
   createBTD(p, name, btdContent);
   KorWstring uri;
-  expectKnown(p, p.raised("createBTD", {name, btdContent}, [&] { p.registry().createBTD(name, btdContent, uri); }),
-              name, Verdict::fail);
+  expectKnown(
+      p, p.raised("createBTD", {name, btdContent}, [&] { p.registry().createBTD(name, btdContent, uri); }),
+      name, Verdict::fail);
 }
 
 void missingPolicy(Probe& p) {
@@ -334,12 +343,13 @@ void missingPolicy(Probe& p) {
   const KorWstring name = p.name(u"missing");
   KorWstring document = policyDocument;
   KorWstring uri;
-  expectKnown(p, p.raised("getPolicy", {type, name, document}, [&] { r.getPolicy(type, name, document, uri); }),
+  expectKnown(p,
+              p.raised("getPolicy", {type, name, document}, [&] { r.getPolicy(type, name, document, uri); }),
               name, Verdict::fail);
   p.made(Kind::policy, name, type);
-  expectKnown(p,
-              p.raised("updatePolicy", {type, name, document}, [&] { r.updatePolicy(type, name, document, uri); }),
-              name, Verdict::fail);
+  expectKnown(
+      p, p.raised("updatePolicy", {type, name, document}, [&] { r.updatePolicy(type, name, document, uri); }),
+      name, Verdict::fail);
   expectKnown(p, p.raised("deletePolicy", {type, name}, [&] { r.deletePolicy(type, name); }), name,
               Verdict::warning);
 }
@@ -399,7 +409,8 @@ void concurrency(Probe& p) {
       } catch (const Evidence& evidence) {
         probe.evidence.push_back(evidence);
       } catch (const KorException& error) {
-        probe.note(Verdict::fail, shownRaise(error), "an answer: other threads at work do not disturb this one");
+        probe.note(Verdict::fail, shownRaise(error),
+                   "an answer: other threads at work do not disturb this one");
       }
       probe.removeWhatWasMade();
     });
@@ -428,7 +439,8 @@ void globalReferencesBalanced(Probe& p) {
   }
   if (now != p.run().globalReferencesBefore) {
     throw Evidence{Verdict::fail, "NewGlobalRef and DeleteGlobalRef over " + std::to_string(calls) + " calls",
-                   std::to_string(now - p.run().globalReferencesBefore) + " global references more than before",
+                   std::to_string(now - p.run().globalReferencesBefore) +
+                       " global references more than before",
                    "as many as before the first call: each one made is deleted again"};
   }
 }
@@ -446,7 +458,8 @@ void nothingLeft(Probe& p) {
     names.push_back(service.name);
   }
   for (const KorWstring& name : names) {
-    p.expect(!left(name), "still there: " + shown(name), "nothing under the run's prefix: each one was deleted");
+    p.expect(!left(name), "still there: " + shown(name),
+             "nothing under the run's prefix: each one was deleted");
   }
 }
 
@@ -478,34 +491,44 @@ std::vector<TextCase> textCases() {
 
 std::vector<Requirement> registryRequirements() {
   std::vector<Requirement> rows = {
-      {"adapter", "answers", "ISRAdapter.getInstance answers the registry's adapter", {}, false,
+      {"adapter",
+       "answers",
+       "ISRAdapter.getInstance answers the registry's adapter",
+       {},
+       false,
        [](Probe& p) {
          if (p.run().adapter == nullptr) {
            throw Evidence{Verdict::fail, "ISRAdapter.getInstance()", p.run().startFailure,
                           "the registry's one ISRAdapter, not null, raising nothing"};
          }
        }},
-      {"btd answers", "answers",
+      {"btd answers",
+       "answers",
        "createBTD, updateBTD and getBTD answer the URI (BTDDocument.getUri), getBTD the content (getContent)",
-       {}, true,
+       {},
+       true,
        [](Probe& p) {
          const KorWstring name = p.name(u"btd");
          createBTD(p, name, btdContent);
          getBTD(p, name);
          createBTD(p, name, btdContent, true);
        }},
-      {"btd listing", "answers",
+      {"btd listing",
+       "answers",
        "getBTDs answers an array of every BTD, no element null, each answering getUri and getName",
-       {"btd answers"}, true,
+       {"btd answers"},
+       true,
        [](Probe& p) {
          const KorWstring name = p.name(u"listed");
          KorWstring uri = createBTD(p, name, btdContent);
          expectListedOnce(p, listBTDs(p), uri, "URIs");
          expectListedOnce(p, getBTDNames(p), name, "names");
        }},
-      {"policy answers", "answers",
+      {"policy answers",
+       "answers",
        "createPolicy, updatePolicy and getPolicy answer the URI (ISRPolicy.getUri), getPolicy the document",
-       {}, true,
+       {},
+       true,
        [](Probe& p) {
          const KorWstring type = text(u"Security");
          const KorWstring name = p.name(u"policy");
@@ -513,9 +536,11 @@ std::vector<Requirement> registryRequirements() {
          getPolicy(p, type, name);
          storePolicy(p, type, name, policyDocument, true);
        }},
-      {"policy names", "answers",
+      {"policy names",
+       "answers",
        "getPolicyNames answers a text and getPoliciesWithoutDoc an array whose elements answer getName",
-       {"policy answers"}, true,
+       {"policy answers"},
+       true,
        [](Probe& p) {
          const KorWstring type = p.name(u"type");
          Texts none = getPolicyNames(p, type);
@@ -524,16 +549,21 @@ std::vector<Requirement> registryRequirements() {
          storePolicy(p, type, name, policyDocument);
          expectListedOnce(p, getPolicyNames(p, type), name, "names");
        }},
-      {"service answers", "answers",
-       "getService answers the service, or null when there is none; getServicesWithoutDoc an array", {}, true,
+      {"service answers",
+       "answers",
+       "getService answers the service, or null when there is none; getServicesWithoutDoc an array",
+       {},
+       true,
        [](Probe& p) {
          const KorWstring name = p.name(u"service");
          p.expect(!getService(p, name), shown(getService(p, name)), "false: no such service");
          serviceRoundTrip(p, name, text(u"urn:check"), text(u"<service/>"));
        }},
-      {"reserved type", "round trips",
+      {"reserved type",
+       "round trips",
        "a policy of type \"BusinessTransactionDefinition\" is a BTD and never reaches the Java policy calls",
-       {"btd answers", "btd listing"}, true,
+       {"btd answers", "btd listing"},
+       true,
        [](Probe& p) {
          const KorWstring name = p.name(u"btd");
          KorWstring uri = storePolicy(p, reservedType, name, btdContent);
@@ -546,57 +576,103 @@ std::vector<Requirement> registryRequirements() {
        }},
   };
   for (const TextCase& texts : textCases()) {
-    rows.push_back({std::string("btd ") + texts.label, "round trips",
+    rows.push_back({std::string("btd ") + texts.label,
+                    "round trips",
                     std::string("a BTD reads back as stored, changed and gone: ") + texts.label,
-                    {"btd answers", "btd listing"}, true,
+                    {"btd answers", "btd listing"},
+                    true,
                     [texts](Probe& p) { btdRoundTrip(p, p.name(texts.name), KorWstring(texts.document)); }});
   }
   for (const TextCase& texts : textCases()) {
     if (!texts.policyDocument) {
       continue;
     }
-    rows.push_back({std::string("policy ") + texts.label, "round trips",
+    rows.push_back({std::string("policy ") + texts.label,
+                    "round trips",
                     std::string("a policy reads back as stored, changed and gone: ") + texts.label,
-                    {"policy answers", "policy names"}, true, [texts](Probe& p) {
-                      policyRoundTrip(p, text(u"Security"), p.name(texts.name),
-                                      KorWstring(texts.document));
+                    {"policy answers", "policy names"},
+                    true,
+                    [texts](Probe& p) {
+                      policyRoundTrip(p, text(u"Security"), p.name(texts.name), KorWstring(texts.document));
                     }});
   }
-  rows.push_back({"policy types", "round trips",
-                  "policies of several types, the reserved one in other letter case among them, stay apart",
-                  {"policy answers", "policy names"}, true, [](Probe& p) {
-                    for (const char16_t* type : {u"Security", u"Transport", u"businesstransactiondefinition"}) {
-                      policyRoundTrip(p, text(type), p.name(u"typed"), policyDocument + type);
-                    }
-                  }});
+  rows.push_back(
+      {"policy types",
+       "round trips",
+       "policies of several types, the reserved one in other letter case among them, stay apart",
+       {"policy answers", "policy names"},
+       true,
+       [](Probe& p) {
+         for (const char16_t* type : {u"Security", u"Transport", u"businesstransactiondefinition"}) {
+           policyRoundTrip(p, text(type), p.name(u"typed"), policyDocument + type);
+         }
+       }});
   for (const TextCase& texts : textCases()) {
-    rows.push_back({std::string("service ") + texts.label, "round trips",
+    rows.push_back({std::string("service ") + texts.label,
+                    "round trips",
                     std::string("a service reads back as stored and gone: ") + texts.label,
-                    {"service answers"}, true, [texts](Probe& p) {
+                    {"service answers"},
+                    true,
+                    [texts](Probe& p) {
                       serviceRoundTrip(p, p.name(texts.name), KorWstring(u"urn:" + texts.name),
                                        KorWstring(texts.document));
                     }});
   }
   std::vector<Requirement> more = {
-      {"missing btd", "failures", "getBTD, updateBTD and deleteBTD of a missing BTD raise an LxRecoverableException",
-       {}, true, missingBTD},
-      {"existing btd", "failures", "createBTD of a BTD that exists raises an LxRecoverableException",
-       {"btd answers"}, true, existingBTD},
-      {"missing policy", "failures",
-       "getPolicy, updatePolicy and deletePolicy of a missing policy raise an LxRecoverableException", {}, true,
+      {"missing btd",
+       "failures",
+       "getBTD, updateBTD and deleteBTD of a missing BTD raise an LxRecoverableException",
+       {},
+       true,
+       missingBTD},
+      {"existing btd",
+       "failures",
+       "createBTD of a BTD that exists raises an LxRecoverableException",
+       {"btd answers"},
+       true,
+       existingBTD},
+      {"missing policy",
+       "failures",
+       "getPolicy, updatePolicy and deletePolicy of a missing policy raise an LxRecoverableException",
+       {},
+       true,
        missingPolicy},
-      {"existing policy", "failures", "createPolicy of a policy that exists raises an LxRecoverableException",
-       {"policy answers"}, true, existingPolicy},
-      {"missing service", "failures", "deleteService of a missing service raises an LxRecoverableException", {},
-       true, missingService},
-      {"threads", "concurrency",
-       "8 threads storing, reading, listing and deleting BTDs of their own lose nothing and see all of theirs",
-       {"btd answers", "btd listing"}, true, concurrency},
-      {"nothing pending", "hygiene", "no Java exception is left pending after any call of the run", {}, true,
+      {"existing policy",
+       "failures",
+       "createPolicy of a policy that exists raises an LxRecoverableException",
+       {"policy answers"},
+       true,
+       existingPolicy},
+      {"missing service",
+       "failures",
+       "deleteService of a missing service raises an LxRecoverableException",
+       {},
+       true,
+       missingService},
+      {"threads",
+       "concurrency",
+       "8 threads storing, reading, listing and deleting BTDs of their own lose nothing and see all of "
+       "theirs",
+       {"btd answers", "btd listing"},
+       true,
+       concurrency},
+      {"nothing pending",
+       "hygiene",
+       "no Java exception is left pending after any call of the run",
+       {},
+       true,
        nothingPending},
-      {"nothing left", "hygiene", "what the checks deleted is gone from every listing",
-       {"btd listing", "policy names", "service answers"}, true, nothingLeft},
-      {"global references", "hygiene", "the library's global references balance over the run", {}, true,
+      {"nothing left",
+       "hygiene",
+       "what the checks deleted is gone from every listing",
+       {"btd listing", "policy names", "service answers"},
+       true,
+       nothingLeft},
+      {"global references",
+       "hygiene",
+       "the library's global references balance over the run",
+       {},
+       true,
        globalReferencesBalanced},
   };
   rows.insert(rows.end(), more.begin(), more.end());

@@ -56,7 +56,8 @@ public:
 
   // Calls op, an adapter operation shown as operation(arguments) in the report.
   // What it raises passes on, for the row to report with this call.
-  template <typename Op> auto call(const char* operation, std::initializer_list<KorWstring> arguments, Op&& op) {
+  template <typename Op>
+  auto call(const char* operation, std::initializer_list<KorWstring> arguments, Op&& op) {
     begin(operation, arguments);
     struct After {
       Probe& probe;
@@ -66,8 +67,8 @@ public:
   }
   // The same, for an operation that is meant to raise: what it raised, or null.
   template <typename Op>
-  std::shared_ptr<const KorException> raised(const char* operation, std::initializer_list<KorWstring> arguments,
-                                             Op&& op) {
+  std::shared_ptr<const KorException> raised(const char* operation,
+                                             std::initializer_list<KorWstring> arguments, Op&& op) {
     try {
       call(operation, arguments, std::forward<Op>(op));
     } catch (const KorException& error) {
