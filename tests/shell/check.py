@@ -118,7 +118,8 @@ for case, args, failing in [
         ("plain_exception", faulty + "plain-exception",
          {"getBTD, updateBTD and deleteBTD of a missing": "(DRX3701.*RuntimeException.*broker sees DRX3701.*){3}"}),
         ("unsynchronised", faulty + "unsynchronised", {"8 threads": "ConcurrentModificationException|listed"}),
-        ("null_element", faulty + "null-element", {"getBTDs answers an array": "DRX3703.*BTDDocument_getUri"})]:
+        ("null_element", faulty + "null-element", {"getBTDs answers an array": "DRX3703.*BTDDocument_getUri"}),
+        ("cut_at_nul", faulty + "cut-at-nul", {"a BTD reads back as stored, changed and gone: U+0000": '^the document "<doc>"$'})]:
     row("check_registry_" + case, check % case + args, 1 if failing else 0, err=".*", failing=failing)
 row("check_registry_text", "--check-registry", 0, err=r"^\Z")
 row("check_registry_not_in_memory", stub + "--check-registry", 2, says="--check-registry checks the Java registry "

@@ -74,7 +74,9 @@ std::vector<Evidence> merged(const std::vector<Evidence>& evidence) {
 RowResult runRow(const Requirement& row, RunState& run) {
   RowResult result;
   result.requirement = &row;
-  Probe probe(run, std::u16string(row.id.begin(), row.id.end()));
+  std::u16string scope(row.id.begin(), row.id.end());
+  std::replace(scope.begin(), scope.end(), u' ', u'-');
+  Probe probe(run, scope);
   const auto start = Clock::now();
   try {
     row.check(probe);

@@ -398,10 +398,12 @@ void oneThread(Probe& p) {
 
 void concurrency(Probe& p) {
   std::vector<Probe> probes;
+  probes.reserve(threadCount);
   for (int thread = 0; thread < threadCount; ++thread) {
     probes.emplace_back(p.run(), u"concurrency-" + std::u16string(1, static_cast<char16_t>(u'0' + thread)));
   }
   std::vector<std::thread> threads;
+  threads.reserve(probes.size());
   for (Probe& probe : probes) {
     threads.emplace_back([&probe] {
       try {
@@ -665,7 +667,7 @@ std::vector<Requirement> registryRequirements() {
       {"nothing left",
        "hygiene",
        "what the checks deleted is gone from every listing",
-       {"btd listing", "policy names", "service answers"},
+       {"btd listing", "policy names", "service answers", "threads"},
        true,
        nothingLeft},
       {"global references",

@@ -10,7 +10,8 @@ import java.util.concurrent.ConcurrentHashMap;
  * A registry put ahead of the reference registry's jar, with one fault chosen by the system property
  * legiorrug.fault: "null-uri" (a created BTD answers no URI), "plain-exception" (a missing BTD raises a
  * RuntimeException), "unsynchronised" (the BTDs live in a HashMap that listings walk while others write),
- * "null-element" (the BTD listing ends with a null element). Policies and services are kept correctly.
+ * "null-element" (the BTD listing ends with a null element), "cut-at-nul" (a BTD's content is stored up to its
+ * first U+0000). Policies and services are kept correctly.
  */
 public final class ISRAdapter {
     private static final String FAULT = System.getProperty("legiorrug.fault", "");
@@ -35,8 +36,13 @@ public final class ISRAdapter {
         return content;
     }
 
+    private static String content(BTDDocument b) throws Exception {
+        String content = required(b.getContent(), "content");
+        return FAULT.equals("cut-at-nul") ? content.split("\u0000", -1)[0] : content;
+    }
+
     public void createBTD(BTDDocument b) throws Exception {
-        if (btds.putIfAbsent(b.getName(), required(b.getContent(), "content")) != null) {
+        if (btds.putIfAbsent(b.getName(), content(b)) != null) {
             throw RegistryMessages.btdExists(b.getName());
         }
         b.setUri(FAULT.equals("null-uri") ? null : btdUri(b.getName()));
@@ -44,7 +50,7 @@ public final class ISRAdapter {
 
     public void updateBTD(BTDDocument b) throws Exception {
         existingBtd(b.getName());
-        btds.put(b.getName(), required(b.getContent(), "content"));
+        btds.put(b.getName(), content(b));
         b.setUri(btdUri(b.getName()));
     }
 
