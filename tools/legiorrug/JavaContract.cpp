@@ -10,6 +10,7 @@
 #include <KorLog.hpp>
 
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace {
@@ -133,19 +134,36 @@ Lookup lookUp(JNIEnv* env, const char* className, const JavaMethod* method) {
   return lookup;
 }
 
+// Thrown, with the Java exception cleared, when a reflective call fails.
+struct ReflectionFailed {};
+
+template <typename T> T checked(JNIEnv* env, T value) {
+  if (env->ExceptionCheck()) {
+    env->ExceptionClear();
+    throw ReflectionFailed{};
+  }
+  if constexpr (std::is_pointer_v<T>) {
+    if (value == nullptr) {
+      throw ReflectionFailed{};
+    }
+  }
+  return value;
+}
+
+jmethodID methodOf(JNIEnv* env, jobject target, const char* name, const char* signature) {
+  KorLocalRef<jclass> cls(env, checked(env, env->GetObjectClass(target)));
+  return checked(env, env->GetMethodID(cls.get(), name, signature));
+}
+
 template <typename T = jobject>
 T callObject(JNIEnv* env, jobject target, const char* name, const char* signature) {
-  KorLocalRef<jclass> cls(env, env->GetObjectClass(target));
-  jmethodID method = env->GetMethodID(cls.get(), name, signature);
-  return method != nullptr ? static_cast<T>(env->CallObjectMethod(target, method)) : nullptr;
+  return static_cast<T>(checked(env, env->CallObjectMethod(target, methodOf(env, target, name, signature))));
 }
 
 std::string javaText(JNIEnv* env, jstring text) {
-  const char* chars = text != nullptr ? env->GetStringUTFChars(text, nullptr) : nullptr;
-  std::string copy = chars != nullptr ? chars : "";
-  if (chars != nullptr) {
-    env->ReleaseStringUTFChars(text, chars);
-  }
+  const char* chars = checked(env, env->GetStringUTFChars(text, nullptr));
+  std::string copy = chars;
+  env->ReleaseStringUTFChars(text, chars);
   return copy;
 }
 
@@ -154,13 +172,13 @@ std::string descriptorOf(JNIEnv* env, jobject type) {
   return javaText(env, text.get());
 }
 
-// "name descriptor" of one java.lang.reflect.Method or Constructor.
+// "descriptor" of one java.lang.reflect.Method or Constructor, " (static)" after a static one.
 std::string describeMember(JNIEnv* env, jobject member, bool constructor) {
   KorLocalRef<jobjectArray> parameters(
       env, callObject<jobjectArray>(env, member, "getParameterTypes", "()[Ljava/lang/Class;"));
   std::string descriptor = "(";
-  for (jsize i = 0; parameters && i < env->GetArrayLength(parameters.get()); ++i) {
-    KorLocalRef<> parameter(env, env->GetObjectArrayElement(parameters.get(), i));
+  for (jsize i = 0; i < env->GetArrayLength(parameters.get()); ++i) {
+    KorLocalRef<> parameter(env, checked(env, env->GetObjectArrayElement(parameters.get(), i)));
     descriptor += descriptorOf(env, parameter.get());
   }
   descriptor += ")";
@@ -168,36 +186,47 @@ std::string describeMember(JNIEnv* env, jobject member, bool constructor) {
     return descriptor + "V";
   }
   KorLocalRef<> result(env, callObject(env, member, "getReturnType", "()Ljava/lang/Class;"));
-  KorLocalRef<jclass> memberClass(env, env->GetObjectClass(member));
-  jint modifiers = env->CallIntMethod(member, env->GetMethodID(memberClass.get(), "getModifiers", "()I"));
+  const jint modifiers =
+      checked(env, env->CallIntMethod(member, methodOf(env, member, "getModifiers", "()I")));
   const jint staticModifier = 8;
   return descriptor + descriptorOf(env, result.get()) +
          ((modifiers & staticModifier) != 0 ? " (static)" : "");
 }
 
-// What the class declares under the member's name, for the report.
-std::string declared(JNIEnv* env, jclass cls, const JavaMethod& wanted) {
+std::string listDeclared(JNIEnv* env, jclass cls, const JavaMethod& wanted) {
   const bool constructor = std::string(wanted.name) == "<init>";
   KorLocalRef<jobjectArray> members(
       env, callObject<jobjectArray>(env, cls, constructor ? "getDeclaredConstructors" : "getDeclaredMethods",
                                     constructor ? "()[Ljava/lang/reflect/Constructor;"
                                                 : "()[Ljava/lang/reflect/Method;"));
   std::string found;
-  for (jsize i = 0; members && !env->ExceptionCheck() && i < env->GetArrayLength(members.get()); ++i) {
-    KorLocalRef<> member(env, env->GetObjectArrayElement(members.get(), i));
+  for (jsize i = 0; i < env->GetArrayLength(members.get()); ++i) {
+    KorLocalRef<> member(env, checked(env, env->GetObjectArrayElement(members.get(), i)));
     KorLocalRef<jstring> name(env, callObject<jstring>(env, member.get(), "getName", "()Ljava/lang/String;"));
     if (constructor || javaText(env, name.get()) == wanted.name) {
       found += (found.empty() ? "" : ", ") + std::string(wanted.name) + " " +
                describeMember(env, member.get(), constructor);
     }
   }
-  if (env->ExceptionCheck()) {
-    env->ExceptionClear();
-    return "its members could not be listed";
-  }
   return found.empty() ? std::string("it declares no ") + (constructor ? "constructor" : "method named ") +
                              (constructor ? "" : wanted.name)
                        : "it declares " + found;
+}
+
+// What the class declares under the member's name, for the report.
+std::string declared(JNIEnv* env, jclass cls, const JavaMethod& wanted) {
+  if (env->PushLocalFrame(16) != JNI_OK) {
+    env->ExceptionClear();
+    return "its members could not be listed";
+  }
+  std::string text;
+  try {
+    text = listDeclared(env, cls, wanted);
+  } catch (const ReflectionFailed&) {
+    text = "its members could not be listed";
+  }
+  env->PopLocalFrame(nullptr);
+  return text;
 }
 
 std::string shortName(const char* className) {
@@ -229,9 +258,7 @@ void checkMethod(const JavaClass& javaClass, const JavaMethod& method) {
   Lookup lookup = lookUp(env, javaClass.name, &method);
   std::string got;
   if (!lookup.found && lookup.cls != nullptr) {
-    env->PushLocalFrame(16);
     got = declared(env, lookup.cls, method);
-    env->PopLocalFrame(nullptr);
   }
   if (lookup.cls != nullptr) {
     env->DeleteGlobalRef(lookup.cls);
