@@ -122,6 +122,8 @@ for case, args, failing in [
         ("cut_at_nul", faulty + "cut-at-nul", {"a BTD reads back as stored, changed and gone: U+0000": '^the document "<doc>"$'})]:
     row("check_registry_" + case, check % case + args, 1 if failing else 0, err=".*", failing=failing)
 row("check_registry_text", "--check-registry", 0, err=r"^\Z")
+row("junit_unwritable", "--check-registry --junit /nonexistent/check.xml", 2,
+    err="cannot write the JUnit report to /nonexistent/check.xml: No such file or directory")
 row("junit_needs_check", "--junit tests/shell/none.xml", 2, err="--junit requires --check-registry")
 row("check_registry_not_in_memory", stub + "--check-registry", 2, says="--check-registry checks the Java registry "
     "and runs no script; leave out --container-kind 1")

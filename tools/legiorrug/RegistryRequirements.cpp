@@ -519,7 +519,8 @@ std::vector<Requirement> registryRequirements() {
        }},
       {"btd listing",
        "answers",
-       "getBTDs answers an array of every BTD, no element null, each answering getUri and getName",
+       "getBTDs answers an array (never null) of every BTD, no element null, each answering getUri and "
+       "getName",
        {"btd answers"},
        true,
        [](Probe& p) {
