@@ -44,6 +44,8 @@ std::string shown(const KorWstring& text);
 std::string shown(const KorException& error);
 // The same after "raised", with what the broker makes of the library's own messages.
 std::string shownRaise(const KorException& error);
+// Raised by the library itself (DRX3701 to DRX3703, DRX4374), not translated from the registry's exception.
+bool isLibraryMessage(const KorException& error);
 
 class Probe {
 public:
