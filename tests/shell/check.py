@@ -1,7 +1,9 @@
 # End-to-end tests of the legiorrug shell: check.py PROGRAM SOURCE_DIR BINARY_DIR. Each row runs the program
 # once, in BINARY_DIR, and checks its exit status, its exact standard output (bytes, or a file of cases/),
-# that its standard error matches err and does not match forbid, or is the message says.
-import concurrent.futures, difflib, os, re, shutil, subprocess, sys
+# that its standard error matches err and does not match forbid, or is the message says. A --check-registry
+# row names the requirements that fail (the start of each name, and what the evidence must show); its
+# --junit file must validate against junit.xsd.
+import concurrent.futures, difflib, json, os, re, shutil, subprocess, sys
 
 program, source, binary = sys.argv[1:]
 cases = source + "/tests/shell/cases/"
@@ -11,7 +13,8 @@ no_jvm = {"JAVA_HOME": "/nonexistent", "LEGIORRUG_LIBJVM": "/nonexistent/libjvm.
 pool, runs = concurrent.futures.ThreadPoolExecutor(4), []
 
 
-def run(name, args, status, stdin=os.devnull, out=None, err="", forbid=None, says=None, into=None, env={}, bare=False):
+def run(name, args, status, stdin=os.devnull, out=None, err="", forbid=None, says=None, into=None, env={}, bare=False,
+        failing=None):
     err = err if says is None else "^" + re.escape("legiorrug: %s\n" % says) + r"\Z"  # all of standard error
     command = program
     if bare:  # a copy of the program with no bundled jars beside it
@@ -35,6 +38,16 @@ def run(name, args, status, stdin=os.devnull, out=None, err="", forbid=None, say
     if expected is not None and done.stdout != expected:
         diff = difflib.unified_diff(expected.decode().splitlines(), done.stdout.decode().splitlines(), lineterm="")
         failed.append("standard output differs:\n" + "\n".join(diff))
+    if failing is not None:
+        rows = [json.loads(line) for line in done.stdout.decode().splitlines()]
+        found = {r["requirement"]: " ".join(e["got"] for e in r["evidence"]) for r in rows if r.get("verdict") == "fail"}
+        if len(found) != len(failing) or not all(any(n.startswith(k) and re.search(v, g) for n, g in found.items())
+                                                 for k, v in failing.items()):
+            failed.append("failing requirements: %s" % json.dumps(found, indent=1))
+    junit = status != 2 and re.search(r"--junit (\S+)", args)
+    if junit and subprocess.run(["xmllint", "--noout", "--schema", source + "/tests/shell/junit.xsd", junit[1]],
+                                cwd=binary, capture_output=True).returncode != 0:
+        failed.append("the JUnit report does not validate")
     if not re.search(err, error) or (forbid and re.search(forbid, error)):
         failed.append("standard error does not match %r or matches %r" % (err, forbid))
     return "%s: legiorrug %s\n%s\nstandard error:\n%s" % (name, args, "\n".join(failed), error) if failed else ""
@@ -99,6 +112,27 @@ row("trace_to_file", stub + "--trace 3 --trace-file /dev/stderr", 0, stdin=ok, e
 for option in "--trace-file /dev/stderr", "--show-java-errors":  # where Java's description of an exception goes
     row("java_errors", java + option + " -f " + cases + "java.lgr", 2,
         err='Exception in thread "main" com.*LxRecoverableException')
+
+# The registry check: the reference registry passes; each broken registry fails exactly its requirement.
+check = "--check-registry --json --junit tests/shell/%s.xml "
+faulty = "--classpath tests/java/legiorrug-faulty-registry.jar --jvm-option=-Dlegiorrug.fault="
+for case, args, failing in [
+        ("reference", "", {}),
+        ("wrong_descriptor", "--classpath tests/java/legiorrug-wrong-descriptor.jar",
+         {"ISRMigration.migrateISR ()Z": r"^it declares migrateISR \(\)V$"}),
+        ("null_uri", faulty + "null-uri", {"createBTD, updateBTD and getBTD answer": "DRX3703.*BTDDocument_getUri"}),
+        ("plain_exception", faulty + "plain-exception",
+         {"getBTD, updateBTD and deleteBTD of a missing": "(DRX3701.*RuntimeException.*broker sees DRX3701.*){3}"}),
+        ("unsynchronised", faulty + "unsynchronised", {"8 threads": "ConcurrentModificationException|listed"}),
+        ("null_element", faulty + "null-element", {"getBTDs answers an array": "DRX3703.*BTDDocument_getUri"}),
+        ("cut_at_nul", faulty + "cut-at-nul", {"a BTD reads back as stored, changed and gone: U+0000": '^the document "<doc>"$'})]:
+    row("check_registry_" + case, check % case + args, 1 if failing else 0, err=".*", failing=failing)
+row("check_registry_text", "--check-registry", 0, err=r"^\Z")
+row("junit_unwritable", "--check-registry --junit /nonexistent/check.xml", 2,
+    err="cannot write the JUnit report to /nonexistent/check.xml: No such file or directory")
+row("junit_needs_check", "--junit tests/shell/none.xml", 2, err="--junit requires --check-registry")
+row("check_registry_not_in_memory", stub + "--check-registry", 2, says="--check-registry checks the Java registry "
+    "and runs no script; leave out --container-kind 1")
 
 # Nothing lost behind a zero exit status.
 row("over_long_line", stub, 2, stdin=b"createBTD a b\n" + b"x" * 1048577 + b"\nbtdExists a\n",

@@ -90,6 +90,19 @@ std::variant<Options, int> parseOptions(int argc, char** argv) {
   app.add_flag("--json", options.json, "One JSON object per command line on standard output");
   app.add_flag("--show-java-errors", options.showJavaErrors,
                "Let the JVM and the Java side print to standard error (hidden by default)");
+  CLI::Option* check = app.add_flag(
+      "--check-registry", options.checkRegistry,
+      "Instead of running commands, check the Java registry on the class path against each "
+      "requirement the library has of it, and report pass, fail or warning with the call that "
+      "showed it (docs/check-registry.md). The checks use names of their own, starting with "
+      "legiorrug-check-PID-, and delete what they made, so the registry may hold real data; "
+      "setRepositoryDetails, migratePoliciesFromISR and stopMessageFlow are resolved, never called. "
+      "Exit status 0 when no requirement fails");
+  app.add_option("--junit", options.junitFile,
+                 "With --check-registry, write the report as JUnit XML to FILE too")
+      ->type_name("FILE")
+      ->check(nonEmpty)
+      ->needs(check);
   app.add_flag("--no-history", options.noHistory, "At a terminal, keep no history in ~/.legiorrug_history");
   CLI::Option* file =
       app.add_option("-f", options.scriptFile,

@@ -17,6 +17,8 @@ struct Options {
   bool showJavaErrors = false;
   bool noHistory = false;
   std::string scriptFile; // empty or "-": standard input
+  bool checkRegistry = false;
+  std::string junitFile;
 };
 
 // The options, or the exit status when the program stops here (after --help,

@@ -2,6 +2,7 @@
 // terminal, on the in-memory registry or the Java registry in an embedded JVM.
 
 #include "Commands.hpp"
+#include "Conformance.hpp"
 #include "Input.hpp"
 #include "Options.hpp"
 #include "Output.hpp"
@@ -105,6 +106,9 @@ int main(int argc, char** argv) {
   try {
     ScriptFile script;
     std::shared_ptr<TraceSink> trace = startTrace(options);
+    if (options.checkRegistry) {
+      return checkRegistry(options, trace.get());
+    }
     std::unique_ptr<Input> input = openInput(options, script);
     KorISRAdapter& adapter = startRegistry(options, trace.get());
     std::unique_ptr<Output> output =

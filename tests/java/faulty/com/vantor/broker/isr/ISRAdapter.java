@@ -1,0 +1,152 @@
+package com.vantor.broker.isr;
+
+import static com.vantor.broker.isr.RegistryMessages.required;
+
+import java.util.HashMap;
+import java.util.Map;
+import java.util.concurrent.ConcurrentHashMap;
+
+/**
+ * A registry put ahead of the reference registry's jar, with one fault chosen by the system property
+ * legiorrug.fault: "null-uri" (a created BTD answers no URI), "plain-exception" (a missing BTD raises a
+ * RuntimeException), "unsynchronised" (the BTDs live in a HashMap that listings walk while others write),
+ * "null-element" (the BTD listing ends with a null element), "cut-at-nul" (a BTD's content is stored up to its
+ * first U+0000). Policies and services are kept correctly.
+ */
+public final class ISRAdapter {
+    private static final String FAULT = System.getProperty("legiorrug.fault", "");
+    private static final ISRAdapter INSTANCE = new ISRAdapter();
+
+    private final Map<String, String> btds = FAULT.equals("unsynchronised") ? new HashMap<>() : new ConcurrentHashMap<>();
+    private final Map<String, String> policies = new ConcurrentHashMap<>();
+    private final Map<String, ISRService> services = new ConcurrentHashMap<>();
+
+    public static ISRAdapter getInstance() { return INSTANCE; }
+
+    private static String btdUri(String name) { return "/btd/" + name; }
+
+    private String existingBtd(String name) throws Exception {
+        String content = btds.get(required(name, "name"));
+        if (content == null && FAULT.equals("plain-exception")) {
+            throw new RuntimeException("no BTD " + name);
+        }
+        if (content == null) {
+            throw RegistryMessages.btdMissing(name);
+        }
+        return content;
+    }
+
+    private static String content(BTDDocument b) throws Exception {
+        String content = required(b.getContent(), "content");
+        return FAULT.equals("cut-at-nul") ? content.split("\u0000", -1)[0] : content;
+    }
+
+    public void createBTD(BTDDocument b) throws Exception {
+        if (btds.putIfAbsent(b.getName(), content(b)) != null) {
+            throw RegistryMessages.btdExists(b.getName());
+        }
+        b.setUri(FAULT.equals("null-uri") ? null : btdUri(b.getName()));
+    }
+
+    public void updateBTD(BTDDocument b) throws Exception {
+        existingBtd(b.getName());
+        btds.put(b.getName(), content(b));
+        b.setUri(btdUri(b.getName()));
+    }
+
+    public void getBTD(BTDDocument b) throws Exception {
+        b.setContent(existingBtd(b.getName()));
+        b.setUri(btdUri(b.getName()));
+    }
+
+    public void deleteBTD(String name) throws Exception {
+        existingBtd(name);
+        btds.remove(name);
+    }
+
+    public boolean btdExists(String name) { return btds.containsKey(name); }
+
+    public BTDDocument[] getBTDs() {
+        var listed = new java.util.ArrayList<BTDDocument>();
+        for (Map.Entry<String, String> entry : btds.entrySet()) {
+            var btd = new BTDDocument(entry.getKey(), entry.getValue());
+            btd.setUri(btdUri(entry.getKey()));
+            listed.add(btd);
+            Thread.yield();
+        }
+        if (FAULT.equals("null-element")) {
+            listed.add(null);
+        }
+        return listed.toArray(new BTDDocument[0]);
+    }
+
+    private static String key(ISRPolicy p) { return p.getType() + "\u0001" + p.getName(); }
+
+    public void createPolicy(ISRPolicy p) throws Exception {
+        p.validateContent();
+        if (policies.putIfAbsent(key(p), p.getDocument()) != null) {
+            throw RegistryMessages.policyExists(p.getType(), p.getName());
+        }
+        p.setUri("/policy/" + key(p));
+    }
+
+    public void updatePolicy(ISRPolicy p) throws Exception {
+        p.validateContent();
+        if (policies.replace(key(p), p.getDocument()) == null) {
+            throw RegistryMessages.policyMissing(p.getType(), p.getName());
+        }
+        p.setUri("/policy/" + key(p));
+    }
+
+    public void getPolicy(ISRPolicy p) throws Exception {
+        String document = policies.get(key(p));
+        if (document == null) {
+            throw RegistryMessages.policyMissing(p.getType(), p.getName());
+        }
+        p.setDocument(document);
+        p.setUri("/policy/" + key(p));
+    }
+
+    public void deletePolicy(ISRPolicy p) throws Exception {
+        if (policies.remove(key(p)) == null) {
+            throw RegistryMessages.policyMissing(p.getType(), p.getName());
+        }
+    }
+
+    public boolean policyExists(ISRPolicy p) { return policies.containsKey(key(p)); }
+
+    public ISRPolicy[] getPoliciesWithoutDoc(String type) {
+        return policies.keySet().stream().filter(k -> k.startsWith(type + "\u0001"))
+                .map(k -> new ISRPolicy(type, k.substring(type.length() + 1), null)).toArray(ISRPolicy[]::new);
+    }
+
+    public String getPolicyNames(String type) {
+        var names = new StringBuilder();
+        for (ISRPolicy p : getPoliciesWithoutDoc(type)) {
+            names.append(names.length() == 0 ? "" : " ").append(p.getName());
+        }
+        return names.toString();
+    }
+
+    public void createService(ISRService s) { services.put(s.getName(), s); }
+
+    public boolean serviceExists(ISRService s) {
+        ISRService stored = services.get(s.getName());
+        return stored != null && stored.getNamespace().equals(s.getNamespace());
+    }
+
+    public ISRService getService(String name) { return services.get(name); }
+
+    public void deleteService(String name) throws Exception {
+        if (services.remove(name) == null) {
+            throw RegistryMessages.serviceMissing(name);
+        }
+    }
+
+    public ISRService[] getServicesWithoutDoc() {
+        return services.values().stream().map(s -> new ISRService(s.getName(), s.getNamespace()))
+                .toArray(ISRService[]::new);
+    }
+
+    public void setRepositoryDetails(String t1, String t2, String t3, boolean flag, String t5, String t6, int n) {}
+}

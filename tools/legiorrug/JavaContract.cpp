@@ -1,0 +1,297 @@
+// The Java classes and methods the library resolves, each checked through the
+// registry's class loader with the platform's own lookup, as the library
+// resolves them; a member that does not resolve is shown beside what its class
+// declares under that name.
+
+#include "Requirements.hpp"
+
+#include <KorJNI.hpp>
+#include <KorJniRef.hpp>
+#include <KorLog.hpp>
+
+#include <string>
+#include <type_traits>
+#include <vector>
+
+namespace {
+
+struct JavaMethod {
+  const char* name;
+  const char* signature;
+  bool isStatic = false;
+};
+
+struct JavaClass {
+  const char* name;
+  std::vector<JavaMethod> methods;
+};
+
+const char* const str = "()Ljava/lang/String;";
+
+// In the library's lookup order.
+const std::vector<JavaClass> contract = {
+    {"com/vantor/broker/isr/ISRAdapter",
+     {{"getInstance", "()Lcom/vantor/broker/isr/ISRAdapter;", true},
+      {"createPolicy", "(Lcom/vantor/broker/isr/ISRPolicy;)V"},
+      {"policyExists", "(Lcom/vantor/broker/isr/ISRPolicy;)Z"},
+      {"getPolicy", "(Lcom/vantor/broker/isr/ISRPolicy;)V"},
+      {"getPoliciesWithoutDoc", "(Ljava/lang/String;)[Lcom/vantor/broker/isr/ISRPolicy;"},
+      {"deletePolicy", "(Lcom/vantor/broker/isr/ISRPolicy;)V"},
+      {"updatePolicy", "(Lcom/vantor/broker/isr/ISRPolicy;)V"},
+      {"setRepositoryDetails",
+       "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;ZLjava/lang/String;Ljava/lang/String;I)V"},
+      {"getPolicyNames", "(Ljava/lang/String;)Ljava/lang/String;"},
+      {"getServicesWithoutDoc", "()[Lcom/vantor/broker/isr/ISRService;"},
+      {"getService", "(Ljava/lang/String;)Lcom/vantor/broker/isr/ISRService;"},
+      {"deleteService", "(Ljava/lang/String;)V"},
+      {"serviceExists", "(Lcom/vantor/broker/isr/ISRService;)Z"},
+      {"createService", "(Lcom/vantor/broker/isr/ISRService;)V"},
+      {"createBTD", "(Lcom/vantor/broker/isr/BTDDocument;)V"},
+      {"updateBTD", "(Lcom/vantor/broker/isr/BTDDocument;)V"},
+      {"deleteBTD", "(Ljava/lang/String;)V"},
+      {"getBTD", "(Lcom/vantor/broker/isr/BTDDocument;)V"},
+      {"getBTDs", "()[Lcom/vantor/broker/isr/BTDDocument;"},
+      {"btdExists", "(Ljava/lang/String;)Z"}}},
+    {"com/vantor/broker/isr/ISRPolicy",
+     {{"<init>", "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;)V"},
+      {"getName", str},
+      {"getUri", str},
+      {"getDocument", str},
+      {"validateContent", "()V"}}},
+    {"com/vantor/broker/isr/BTDDocument",
+     {{"<init>", "(Ljava/lang/String;Ljava/lang/String;)V"},
+      {"getName", str},
+      {"getUri", str},
+      {"getContent", str}}},
+    {"com/vantor/broker/isr/ISRService",
+     {{"<init>", "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;)V"},
+      {"<init>", "(Ljava/lang/String;Ljava/lang/String;)V"},
+      {"getUri", str},
+      {"getDocument", str},
+      {"getName", str},
+      {"getNamespace", str}}},
+    {"com/vantor/broker/isr/migration/ISRMigration",
+     {{"getInstance", "()Lcom/vantor/broker/isr/migration/ISRMigration;", true}, {"migrateISR", "()Z"}}},
+    {"com/vantor/broker/plugin/LxException",
+     {{"getFileName", str},
+      {"getLineNumber", "()I"},
+      {"getMethodName", str},
+      {"getNativeMessageNumber", "()J"},
+      {"getTraceText", str},
+      {"getInserts", "()[Ljava/lang/Object;"},
+      {"getNestedExceptions", "()[Lcom/vantor/broker/plugin/LxException;"},
+      {"getNativeExceptionHandle", "()J"},
+      {"toLogString", "(Ljava/lang/Object;)Ljava/lang/String;"},
+      {"isInternal", "()Z"},
+      {"getMessageSource", str},
+      {"getMessageKey", str},
+      {"getClassName", str}}},
+    {"com/vantor/broker/plugin/LxRecoverableException", {}},
+    {"java/lang/Object", {{"toString", str}}},
+    {"com/vantor/broker/config/proxy/MessageFlowProxy",
+     {{"stopMessageFlow", "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;)V",
+       true}}},
+};
+
+// The lookup names the Java error it met only in a debug item.
+class JavaErrorWatch : public KorLogSink {
+public:
+  void write(const KorLogRecord& record) override {
+    if (record.inserts.size() == 2 && record.inserts.front().toUtf8() == "Java error") {
+      error = shown(record.inserts.back());
+    }
+  }
+  std::string error;
+};
+
+struct Lookup {
+  jclass cls = nullptr; // a global reference, deleted by the caller
+  std::string javaError;
+  bool found = false;
+};
+
+Lookup lookUp(JNIEnv* env, const char* className, const JavaMethod* method) {
+  Lookup lookup;
+  jmethodID id = nullptr;
+  const KorJNI::MethodInfo methods[] = {{&id, method != nullptr && method->isStatic ? 1 : 0,
+                                         method != nullptr ? method->name : nullptr,
+                                         method != nullptr ? method->signature : nullptr},
+                                        {}};
+  const KorJNI::ClassInfo table[] = {
+      {&lookup.cls, className, method != nullptr ? methods : nullptr, nullptr, nullptr, nullptr}, {}};
+  auto watch = std::make_shared<JavaErrorWatch>();
+  std::shared_ptr<KorLogSink> sink = KorLog::setSink(watch);
+  const int level = KorLog::iEffectiveLogFilter;
+  KorLog::iEffectiveLogFilter = 4;
+  try {
+    KorJNI::findClassesAndMethodsUsingISRClassLoader(table, env);
+    lookup.found = true;
+  } catch (const KorJNI::Failure&) {
+    lookup.javaError = watch->error;
+  }
+  KorLog::iEffectiveLogFilter = level;
+  KorLog::setSink(sink);
+  return lookup;
+}
+
+// Thrown, with the Java exception cleared, when a reflective call fails.
+struct ReflectionFailed {};
+
+template <typename T> T checked(JNIEnv* env, T value) {
+  if (env->ExceptionCheck()) {
+    env->ExceptionClear();
+    throw ReflectionFailed{};
+  }
+  if constexpr (std::is_pointer_v<T>) {
+    if (value == nullptr) {
+      throw ReflectionFailed{};
+    }
+  }
+  return value;
+}
+
+jmethodID methodOf(JNIEnv* env, jobject target, const char* name, const char* signature) {
+  KorLocalRef<jclass> cls(env, checked(env, env->GetObjectClass(target)));
+  return checked(env, env->GetMethodID(cls.get(), name, signature));
+}
+
+template <typename T = jobject>
+T callObject(JNIEnv* env, jobject target, const char* name, const char* signature) {
+  return static_cast<T>(checked(env, env->CallObjectMethod(target, methodOf(env, target, name, signature))));
+}
+
+std::string javaText(JNIEnv* env, jstring text) {
+  const char* chars = checked(env, env->GetStringUTFChars(text, nullptr));
+  std::string copy = chars;
+  env->ReleaseStringUTFChars(text, chars);
+  return copy;
+}
+
+std::string descriptorOf(JNIEnv* env, jobject type) {
+  KorLocalRef<jstring> text(env, callObject<jstring>(env, type, "descriptorString", "()Ljava/lang/String;"));
+  return javaText(env, text.get());
+}
+
+// "descriptor" of one java.lang.reflect.Method or Constructor, " (static)" after a static one.
+std::string describeMember(JNIEnv* env, jobject member, bool constructor) {
+  KorLocalRef<jobjectArray> parameters(
+      env, callObject<jobjectArray>(env, member, "getParameterTypes", "()[Ljava/lang/Class;"));
+  std::string descriptor = "(";
+  for (jsize i = 0; i < env->GetArrayLength(parameters.get()); ++i) {
+    KorLocalRef<> parameter(env, checked(env, env->GetObjectArrayElement(parameters.get(), i)));
+    descriptor += descriptorOf(env, parameter.get());
+  }
+  descriptor += ")";
+  if (constructor) {
+    return descriptor + "V";
+  }
+  KorLocalRef<> result(env, callObject(env, member, "getReturnType", "()Ljava/lang/Class;"));
+  const jint modifiers =
+      checked(env, env->CallIntMethod(member, methodOf(env, member, "getModifiers", "()I")));
+  const jint staticModifier = 8;
+  return descriptor + descriptorOf(env, result.get()) +
+         ((modifiers & staticModifier) != 0 ? " (static)" : "");
+}
+
+std::string listDeclared(JNIEnv* env, jclass cls, const JavaMethod& wanted) {
+  const bool constructor = std::string(wanted.name) == "<init>";
+  KorLocalRef<jobjectArray> members(
+      env, callObject<jobjectArray>(env, cls, constructor ? "getDeclaredConstructors" : "getDeclaredMethods",
+                                    constructor ? "()[Ljava/lang/reflect/Constructor;"
+                                                : "()[Ljava/lang/reflect/Method;"));
+  std::string found;
+  for (jsize i = 0; i < env->GetArrayLength(members.get()); ++i) {
+    KorLocalRef<> member(env, checked(env, env->GetObjectArrayElement(members.get(), i)));
+    KorLocalRef<jstring> name(env, callObject<jstring>(env, member.get(), "getName", "()Ljava/lang/String;"));
+    if (constructor || javaText(env, name.get()) == wanted.name) {
+      found += (found.empty() ? "" : ", ") + std::string(wanted.name) + " " +
+               describeMember(env, member.get(), constructor);
+    }
+  }
+  return found.empty() ? std::string("it declares no ") + (constructor ? "constructor" : "method named ") +
+                             (constructor ? "" : wanted.name)
+                       : "it declares " + found;
+}
+
+// What the class declares under the member's name, for the report.
+std::string declared(JNIEnv* env, jclass cls, const JavaMethod& wanted) {
+  if (env->PushLocalFrame(16) != JNI_OK) {
+    env->ExceptionClear();
+    return "its members could not be listed";
+  }
+  std::string text;
+  try {
+    text = listDeclared(env, cls, wanted);
+  } catch (const ReflectionFailed&) {
+    text = "its members could not be listed";
+  }
+  env->PopLocalFrame(nullptr);
+  return text;
+}
+
+std::string shortName(const char* className) {
+  std::string name = className;
+  return name.substr(name.rfind('/') + 1);
+}
+
+std::string kind(const JavaMethod& method) {
+  return std::string(method.name) == "<init>" ? "a constructor"
+         : method.isStatic                    ? "a static method"
+                                              : "an instance method";
+}
+
+void checkClass(const JavaClass& javaClass) {
+  JNIEnv* env = KorJVM::getEnvironment();
+  Lookup lookup = lookUp(env, javaClass.name, nullptr);
+  if (lookup.cls != nullptr) {
+    env->DeleteGlobalRef(lookup.cls);
+  }
+  if (!lookup.found) {
+    throw Evidence{Verdict::fail, std::string("loadClass(\"") + javaClass.name + "\")",
+                   lookup.javaError.empty() ? "not found" : lookup.javaError,
+                   "the class, found by the class loader the registry's classes come from"};
+  }
+}
+
+void checkMethod(const JavaClass& javaClass, const JavaMethod& method) {
+  JNIEnv* env = KorJVM::getEnvironment();
+  Lookup lookup = lookUp(env, javaClass.name, &method);
+  std::string got;
+  if (!lookup.found && lookup.cls != nullptr) {
+    got = declared(env, lookup.cls, method);
+  }
+  if (lookup.cls != nullptr) {
+    env->DeleteGlobalRef(lookup.cls);
+  }
+  if (!lookup.found) {
+    throw Evidence{Verdict::fail,
+                   std::string(method.isStatic ? "GetStaticMethodID" : "GetMethodID") + "(" + javaClass.name +
+                       ", \"" + method.name + "\", \"" + method.signature + "\")",
+                   got, kind(method) + " " + method.name + " " + method.signature};
+  }
+}
+
+} // namespace
+
+std::vector<Requirement> resolutionRequirements() {
+  std::vector<Requirement> rows;
+  for (const JavaClass& javaClass : contract) {
+    const std::string classId = std::string("class ") + javaClass.name;
+    rows.push_back({classId,
+                    "resolution",
+                    "class " + std::string(javaClass.name) + " loads",
+                    {},
+                    false,
+                    [&javaClass](Probe&) { checkClass(javaClass); }});
+    for (const JavaMethod& method : javaClass.methods) {
+      rows.push_back({classId + "." + method.name + method.signature,
+                      "resolution",
+                      shortName(javaClass.name) + "." + method.name + " " + method.signature +
+                          " resolves as " + kind(method),
+                      {classId},
+                      false,
+                      [&javaClass, &method](Probe&) { checkMethod(javaClass, method); }});
+    }
+  }
+  return rows;
+}

@@ -1,0 +1,585 @@
+// What the library needs of the Java registry's answers, checked through the
+// adapter as the broker calls it. Every name a check makes is its own (the
+// run's prefix and the row's id) and is removed after the row.
+
+#include "Requirements.hpp"
+
+#include "GlobalReferences.hpp"
+
+#include <algorithm>
+#include <optional>
+#include <thread>
+
+namespace {
+
+using Kind = Probe::Kind;
+using Texts = std::vector<KorWstring>;
+
+KorWstring text(std::u16string_view units) {
+  return KorWstring(std::u16string(units));
+}
+
+KorWstring operator+(const KorWstring& head, std::u16string_view tail) {
+  return KorWstring(std::u16string(head.view()) + std::u16string(tail));
+}
+
+std::size_t count(const Texts& texts, const KorWstring& text) {
+  return static_cast<std::size_t>(std::count(texts.begin(), texts.end(), text));
+}
+
+std::string once(const Texts& texts, const KorWstring& text, const char* what) {
+  return std::to_string(texts.size()) + " " + what + ", " + std::to_string(count(texts, text)) + " of them " +
+         shown(text);
+}
+
+const KorWstring reservedType = text(u"BusinessTransactionDefinition");
+// Types the round trips use; the last is the reserved one in other letter case, an ordinary type.
+const char16_t* const policyTypes[] = {u"Security", u"Transport", u"businesstransactiondefinition"};
+const KorWstring btdContent = text(u"<btd/>");
+const KorWstring policyDocument = text(u"<policy/>");
+
+// BTDs.
+
+KorWstring createBTD(Probe& p, const KorWstring& name, const KorWstring& content, bool update = false) {
+  KorWstring uri;
+  if (update) {
+    p.call("updateBTD", {name, content}, [&] { p.registry().updateBTD(name, content, uri); });
+  } else {
+    p.made(Kind::btd, name);
+    p.call("createBTD", {name, content}, [&] { p.registry().createBTD(name, content, uri); });
+  }
+  return uri;
+}
+
+struct Stored {
+  KorWstring document;
+  KorWstring uri;
+};
+
+Stored getBTD(Probe& p, const KorWstring& name) {
+  Stored stored;
+  p.call("getBTD", {name, stored.document}, [&] { p.registry().getBTD(name, stored.document, stored.uri); });
+  return stored;
+}
+
+bool btdExists(Probe& p, const KorWstring& name) {
+  return p.call("btdExists", {name}, [&] { return p.registry().btdExists(name); });
+}
+
+Texts listBTDs(Probe& p) {
+  Texts uris;
+  p.call("listBTDs", {}, [&] { p.registry().listBTDs(uris); });
+  return uris;
+}
+
+Texts getBTDNames(Probe& p) {
+  KorWstring names;
+  return p.call("getBTDNames", {}, [&] { return p.registry().getBTDNames(names); });
+}
+
+void expectStored(Probe& p, const Stored& read, const KorWstring& document, const KorWstring& uri) {
+  p.expect(read.document == document, "the document " + shown(read.document),
+           "the document last stored, " + shown(document));
+  p.expect(read.uri == uri, "the URI " + shown(read.uri), "the URI the store answered, " + shown(uri));
+}
+
+void expectListedOnce(Probe& p, const Texts& texts, const KorWstring& text, const char* what) {
+  p.expect(count(texts, text) == 1, once(texts, text, what), "the stored one listed exactly once");
+}
+
+void btdRoundTrip(Probe& p, const KorWstring& name, const KorWstring& content) {
+  KorWstring uri = createBTD(p, name, content);
+  p.expect(btdExists(p, name), "false", "true: the BTD was just created");
+  expectStored(p, getBTD(p, name), content, uri);
+  const KorWstring changed = content + u"<changed/>";
+  uri = createBTD(p, name, changed, true);
+  expectStored(p, getBTD(p, name), changed, uri);
+  expectListedOnce(p, listBTDs(p), uri, "URIs");
+  expectListedOnce(p, getBTDNames(p), name, "names");
+  p.call("deleteBTD", {name}, [&] { p.registry().deleteBTD(name); });
+  p.expect(!btdExists(p, name), "true", "false: the BTD was just deleted");
+}
+
+// Policies.
+
+KorWstring storePolicy(Probe& p, const KorWstring& type, const KorWstring& name, const KorWstring& document,
+                       bool update = false) {
+  KorWstring uri;
+  if (update) {
+    p.call("updatePolicy", {type, name, document},
+           [&] { p.registry().updatePolicy(type, name, document, uri); });
+  } else {
+    p.made(type == reservedType ? Kind::btd : Kind::policy, name, type);
+    p.call("createPolicy", {type, name, document},
+           [&] { p.registry().createPolicy(type, name, document, uri); });
+  }
+  return uri;
+}
+
+Stored getPolicy(Probe& p, const KorWstring& type, const KorWstring& name) {
+  Stored stored;
+  p.call("getPolicy", {type, name, stored.document},
+         [&] { p.registry().getPolicy(type, name, stored.document, stored.uri); });
+  return stored;
+}
+
+bool policyExists(Probe& p, const KorWstring& type, const KorWstring& name) {
+  return p.call("policyExists", {type, name}, [&] { return p.registry().policyExists(type, name); });
+}
+
+Texts getPolicyNames(Probe& p, const KorWstring& type) {
+  KorWstring names;
+  return p.call("getPolicyNames", {type}, [&] { return p.registry().getPolicyNames(type, names); });
+}
+
+void policyRoundTrip(Probe& p, const KorWstring& type, const KorWstring& name, const KorWstring& document) {
+  KorWstring uri = storePolicy(p, type, name, document);
+  p.expect(policyExists(p, type, name), "false", "true: the policy was just created");
+  expectStored(p, getPolicy(p, type, name), document, uri);
+  const KorWstring changed = document + u"<changed/>";
+  uri = storePolicy(p, type, name, changed, true);
+  expectStored(p, getPolicy(p, type, name), changed, uri);
+  expectListedOnce(p, getPolicyNames(p, type), name, "names");
+  p.call("deletePolicy", {type, name}, [&] { p.registry().deletePolicy(type, name); });
+  p.expect(!policyExists(p, type, name), "true", "false: the policy was just deleted");
+}
+
+// Services.
+
+std::optional<KorISRService> getService(Probe& p, const KorWstring& name) {
+  KorISRService service;
+  bool found = p.call("getService", {name}, [&] { return p.registry().getService(name, service); });
+  return found ? std::optional<KorISRService>(service) : std::nullopt;
+}
+
+bool serviceExists(Probe& p, const KorWstring& name, const KorWstring& space) {
+  return p.call("serviceExists", {name, space}, [&] { return p.registry().serviceExists(name, space); });
+}
+
+std::string shown(const std::optional<KorISRService>& service) {
+  return service ? "the service " + shown(service->name) + " in " + shown(service->serviceNamespace) +
+                       ", document " + shown(service->document)
+                 : "false: no such service";
+}
+
+void serviceRoundTrip(Probe& p, const KorWstring& name, const KorWstring& space, const KorWstring& document) {
+  p.made(Kind::service, name, space);
+  p.call("createService", {name, space, document},
+         [&] { p.registry().createService(name, space, document); });
+  p.expect(serviceExists(p, name, space), "false", "true: the service was just created");
+  std::optional<KorISRService> read = getService(p, name);
+  p.expect(read && read->name == name && read->serviceNamespace == space && read->document == document,
+           shown(read),
+           "the service as created: " +
+               shown(std::optional<KorISRService>(KorISRService(name, space, document))));
+  std::vector<KorISRService> all = p.call("getServices", {}, [&] { return p.registry().getServices(); });
+  auto listed = std::count_if(all.begin(), all.end(), [&](const KorISRService& service) {
+    return service.name == name && service.serviceNamespace == space;
+  });
+  p.expect(listed == 1,
+           std::to_string(all.size()) + " services, " + std::to_string(listed) + " of them " + shown(name),
+           "the stored one listed exactly once, with its namespace");
+  p.call("deleteService", {name}, [&] { p.registry().deleteService(name); });
+  p.expect(!getService(p, name), shown(getService(p, name)), "false: the service was just deleted");
+  p.expect(!serviceExists(p, name, space), "true", "false: the service was just deleted");
+}
+
+// Failures: what the operation raised, against what the library needs.
+void expectKnown(Probe& p, const std::shared_ptr<const KorException>& error, const KorWstring& name,
+                 Verdict ifAnswered) {
+  const std::string needed = "an LxRecoverableException (or a subclass) carrying the registry's own message "
+                             "number, a trace text and inserts naming " +
+                             shown(name);
+  if (error == nullptr) {
+    p.note(ifAnswered, "it answered normally",
+           needed + (ifAnswered == Verdict::warning ? " (or a silent no-op, as this one is, if that is "
+                                                      "the registry's rule)"
+                                                    : ""));
+  } else if (isLibraryMessage(*error)) {
+    p.note(Verdict::fail, shownRaise(*error), needed);
+  } else {
+    Texts inserts = error->textInserts();
+    bool named = std::any_of(inserts.begin(), inserts.end(), [&](const KorWstring& insert) {
+      return insert.view().find(name.view()) != std::u16string_view::npos;
+    });
+    if (!named) {
+      p.note(Verdict::warning, shownRaise(*error), needed);
+    }
+  }
+}
+
+using Raise = std::shared_ptr<const KorException>;
+
+void missingBTD(Probe& p) {
+  KorISRAdapter& r = p.registry();
+  const KorWstring name = p.name(u"missing");
+  KorWstring content = btdContent;
+  KorWstring uri;
+  expectKnown(p, p.raised("getBTD", {name, content}, [&] { r.getBTD(name, content, uri); }), name,
+              Verdict::fail);
+  p.made(Kind::btd, name);
+  expectKnown(p, p.raised("updateBTD", {name, content}, [&] { r.updateBTD(name, content, uri); }), name,
+              Verdict::fail);
+  expectKnown(p, p.raised("deleteBTD", {name}, [&] { r.deleteBTD(name); }), name, Verdict::warning);
+}
+
+void existingBTD(Probe& p) {
+  const KorWstring name = p.name(u"twice");
+  createBTD(p, name, btdContent);
+  KorWstring uri;
+  expectKnown(
+      p, p.raised("createBTD", {name, btdContent}, [&] { p.registry().createBTD(name, btdContent, uri); }),
+      name, Verdict::fail);
+}
+
+void missingPolicy(Probe& p) {
+  KorISRAdapter& r = p.registry();
+  const KorWstring type = text(u"Security");
+  const KorWstring name = p.name(u"missing");
+  KorWstring document = policyDocument;
+  KorWstring uri;
+  expectKnown(p,
+              p.raised("getPolicy", {type, name, document}, [&] { r.getPolicy(type, name, document, uri); }),
+              name, Verdict::fail);
+  p.made(Kind::policy, name, type);
+  expectKnown(
+      p, p.raised("updatePolicy", {type, name, document}, [&] { r.updatePolicy(type, name, document, uri); }),
+      name, Verdict::fail);
+  expectKnown(p, p.raised("deletePolicy", {type, name}, [&] { r.deletePolicy(type, name); }), name,
+              Verdict::warning);
+}
+
+void existingPolicy(Probe& p) {
+  const KorWstring type = text(u"Security");
+  const KorWstring name = p.name(u"twice");
+  storePolicy(p, type, name, policyDocument);
+  KorWstring uri;
+  expectKnown(p,
+              p.raised("createPolicy", {type, name, policyDocument},
+                       [&] { p.registry().createPolicy(type, name, policyDocument, uri); }),
+              name, Verdict::fail);
+}
+
+void missingService(Probe& p) {
+  const KorWstring name = p.name(u"missing");
+  expectKnown(p, p.raised("deleteService", {name}, [&] { p.registry().deleteService(name); }), name,
+              Verdict::warning);
+}
+
+// Concurrency: threads that each store, read, list and delete BTDs of their own.
+const int threadCount = 8;
+const int roundsPerThread = 25;
+
+void oneThread(Probe& p) {
+  Texts live;
+  for (int round = 0; round < roundsPerThread; ++round) {
+    const std::u16string number(1, static_cast<char16_t>(u'a' + round));
+    const KorWstring name = p.name(number);
+    const KorWstring content = btdContent + number;
+    live.push_back(createBTD(p, name, content));
+    expectStored(p, getBTD(p, name), content, live.back());
+    Texts uris = listBTDs(p);
+    for (const KorWstring& uri : live) {
+      p.expect(count(uris, uri) == 1, once(uris, uri, "URIs"),
+               "every BTD this thread stored listed exactly once, whatever the other threads do meanwhile");
+    }
+  }
+  for (int round = 0; round < roundsPerThread; ++round) {
+    const KorWstring name = p.name(std::u16string(1, static_cast<char16_t>(u'a' + round)));
+    p.call("deleteBTD", {name}, [&] { p.registry().deleteBTD(name); });
+    p.expect(!btdExists(p, name), "true", "false: this thread just deleted it");
+  }
+}
+
+void concurrency(Probe& p) {
+  std::vector<Probe> probes;
+  probes.reserve(threadCount);
+  for (int thread = 0; thread < threadCount; ++thread) {
+    probes.emplace_back(p.run(), u"concurrency-" + std::u16string(1, static_cast<char16_t>(u'0' + thread)));
+  }
+  std::vector<std::thread> threads;
+  threads.reserve(probes.size());
+  for (Probe& probe : probes) {
+    threads.emplace_back([&probe] {
+      try {
+        oneThread(probe);
+      } catch (const Evidence& evidence) {
+        probe.evidence.push_back(evidence);
+      } catch (const KorException& error) {
+        probe.note(Verdict::fail, shownRaise(error),
+                   "an answer: other threads at work do not disturb this one");
+      }
+      probe.removeWhatWasMade();
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  for (Probe& probe : probes) {
+    p.evidence.insert(p.evidence.end(), probe.evidence.begin(), probe.evidence.end());
+  }
+}
+
+// Hygiene, over every call made before.
+void nothingPending(Probe& p) {
+  std::lock_guard<std::mutex> lock(p.run().mutex);
+  p.evidence.insert(p.evidence.end(), p.run().leftPending.begin(), p.run().leftPending.end());
+}
+
+void globalReferencesBalanced(Probe& p) {
+  const long now = liveGlobalReferences();
+  const long calls = p.run().calls;
+  if (now == noCount) {
+    throw Evidence{Verdict::warning, "NewGlobalRef and DeleteGlobalRef",
+                   "not counted: the JVM did not let the JNI function table be replaced",
+                   "as many global references after the run as before it"};
+  }
+  if (now != p.run().globalReferencesBefore) {
+    throw Evidence{Verdict::fail, "NewGlobalRef and DeleteGlobalRef over " + std::to_string(calls) + " calls",
+                   std::to_string(now - p.run().globalReferencesBefore) +
+                       " global references more than before",
+                   "as many as before the first call: each one made is deleted again"};
+  }
+}
+
+// What the run left in the registry under its prefix, after every row removed what it made.
+void nothingLeft(Probe& p) {
+  const KorWstring prefix(p.run().prefix);
+  auto left = [&](const KorWstring& name) { return name.view().substr(0, prefix.length()) == prefix.view(); };
+  Texts names = getBTDNames(p);
+  for (const char16_t* type : policyTypes) {
+    Texts policies = getPolicyNames(p, text(type));
+    names.insert(names.end(), policies.begin(), policies.end());
+  }
+  for (const KorISRService& service : p.call("getServices", {}, [&] { return p.registry().getServices(); })) {
+    names.push_back(service.name);
+  }
+  for (const KorWstring& name : names) {
+    p.expect(!left(name), "still there: " + shown(name),
+             "nothing under the run's prefix: each one was deleted");
+  }
+}
+
+struct TextCase {
+  const char* label;
+  std::u16string name;
+  std::u16string document;
+  bool policyDocument = true; // whether a policy may carry it: a registry may refuse a blank one
+};
+
+std::u16string megabyte() {
+  std::u16string units(std::size_t{1} << 20, u'x');
+  units.front() = u'<';
+  units.back() = u'>';
+  return units;
+}
+
+// Texts that cross the boundary unchanged or not at all.
+std::vector<TextCase> textCases() {
+  return {{"plain texts", u"plain", u"<doc/>"},
+          {"an empty document", u"empty", u"", false},
+          {"1 MiB of document", u"large", megabyte()},
+          {"lone surrogates", u"lone\xD800-\xDC00", u"<doc>\xDBFF \xDC01</doc>"},
+          {"U+0000 inside", std::u16string(u"zero\0zero", 9), std::u16string(u"<doc>\0</doc>", 12)},
+          {"spaces in the name", u"with  two spaces ", u"<doc> </doc>"}};
+}
+
+} // namespace
+
+std::vector<Requirement> registryRequirements() {
+  std::vector<Requirement> rows = {
+      {"adapter",
+       "answers",
+       "ISRAdapter.getInstance answers the registry's adapter",
+       {},
+       false,
+       [](Probe& p) {
+         if (p.run().adapter == nullptr) {
+           throw Evidence{Verdict::fail, "ISRAdapter.getInstance()", p.run().startFailure,
+                          "the registry's one ISRAdapter, not null, raising nothing"};
+         }
+       }},
+      {"btd answers",
+       "answers",
+       "createBTD, updateBTD and getBTD answer the URI (BTDDocument.getUri), getBTD the content (getContent)",
+       {},
+       true,
+       [](Probe& p) {
+         const KorWstring name = p.name(u"btd");
+         createBTD(p, name, btdContent);
+         getBTD(p, name);
+         createBTD(p, name, btdContent, true);
+       }},
+      {"btd listing",
+       "answers",
+       "getBTDs answers an array (never null) of every BTD, no element null, each answering getUri and "
+       "getName",
+       {"btd answers"},
+       true,
+       [](Probe& p) {
+         const KorWstring name = p.name(u"listed");
+         KorWstring uri = createBTD(p, name, btdContent);
+         expectListedOnce(p, listBTDs(p), uri, "URIs");
+         expectListedOnce(p, getBTDNames(p), name, "names");
+       }},
+      {"policy answers",
+       "answers",
+       "createPolicy, updatePolicy and getPolicy answer the URI (ISRPolicy.getUri), getPolicy the document",
+       {},
+       true,
+       [](Probe& p) {
+         const KorWstring type = text(u"Security");
+         const KorWstring name = p.name(u"policy");
+         storePolicy(p, type, name, policyDocument);
+         getPolicy(p, type, name);
+         storePolicy(p, type, name, policyDocument, true);
+       }},
+      {"policy names",
+       "answers",
+       "getPolicyNames answers a text and getPoliciesWithoutDoc an array whose elements answer getName",
+       {"policy answers"},
+       true,
+       [](Probe& p) {
+         const KorWstring type = p.name(u"type");
+         Texts none = getPolicyNames(p, type);
+         p.expect(none.empty(), std::to_string(none.size()) + " names", "no names for a type never used");
+         const KorWstring name = p.name(u"policy");
+         storePolicy(p, type, name, policyDocument);
+         expectListedOnce(p, getPolicyNames(p, type), name, "names");
+       }},
+      {"service answers",
+       "answers",
+       "getService answers the service, or null when there is none; getServicesWithoutDoc an array",
+       {},
+       true,
+       [](Probe& p) {
+         const KorWstring name = p.name(u"service");
+         p.expect(!getService(p, name), shown(getService(p, name)), "false: no such service");
+         serviceRoundTrip(p, name, text(u"urn:check"), text(u"<service/>"));
+       }},
+      {"reserved type",
+       "round trips",
+       "a policy of type \"BusinessTransactionDefinition\" is stored, read, listed and deleted as a BTD",
+       {"btd answers", "btd listing"},
+       true,
+       [](Probe& p) {
+         const KorWstring name = p.name(u"btd");
+         KorWstring uri = storePolicy(p, reservedType, name, btdContent);
+         p.expect(btdExists(p, name), "false", "true: the policy was stored as a BTD");
+         expectStored(p, getBTD(p, name), btdContent, uri);
+         expectStored(p, getPolicy(p, reservedType, name), btdContent, uri);
+         expectListedOnce(p, getPolicyNames(p, reservedType), name, "names");
+         p.call("deletePolicy", {reservedType, name}, [&] { p.registry().deletePolicy(reservedType, name); });
+         p.expect(!btdExists(p, name), "true", "false: the BTD was just deleted");
+       }},
+  };
+  for (const TextCase& texts : textCases()) {
+    rows.push_back({std::string("btd ") + texts.label,
+                    "round trips",
+                    std::string("a BTD reads back as stored, changed and gone: ") + texts.label,
+                    {"btd answers", "btd listing"},
+                    true,
+                    [texts](Probe& p) { btdRoundTrip(p, p.name(texts.name), KorWstring(texts.document)); }});
+  }
+  for (const TextCase& texts : textCases()) {
+    if (!texts.policyDocument) {
+      continue;
+    }
+    rows.push_back({std::string("policy ") + texts.label,
+                    "round trips",
+                    std::string("a policy reads back as stored, changed and gone: ") + texts.label,
+                    {"policy answers", "policy names"},
+                    true,
+                    [texts](Probe& p) {
+                      policyRoundTrip(p, text(u"Security"), p.name(texts.name), KorWstring(texts.document));
+                    }});
+  }
+  rows.push_back({"policy types",
+                  "round trips",
+                  "policies of several types, the reserved one in other letter case among them, stay apart",
+                  {"policy answers", "policy names"},
+                  true,
+                  [](Probe& p) {
+                    const KorWstring name = p.name(u"typed");
+                    for (const char16_t* type : policyTypes) {
+                      storePolicy(p, text(type), name, policyDocument + type);
+                    }
+                    for (const char16_t* type : policyTypes) {
+                      expectListedOnce(p, getPolicyNames(p, text(type)), name, "names");
+                      policyRoundTrip(p, text(type), p.name(type), policyDocument + type);
+                      Stored read = getPolicy(p, text(type), name);
+                      p.expect(read.document == policyDocument + type, "the document " + shown(read.document),
+                               "the document stored under this type, " + shown(policyDocument + type));
+                    }
+                  }});
+  for (const TextCase& texts : textCases()) {
+    rows.push_back({std::string("service ") + texts.label,
+                    "round trips",
+                    std::string("a service reads back as stored and gone: ") + texts.label,
+                    {"service answers"},
+                    true,
+                    [texts](Probe& p) {
+                      serviceRoundTrip(p, p.name(texts.name), KorWstring(u"urn:" + texts.name),
+                                       KorWstring(texts.document));
+                    }});
+  }
+  std::vector<Requirement> more = {
+      {"missing btd",
+       "failures",
+       "getBTD, updateBTD and deleteBTD of a missing BTD raise an LxRecoverableException",
+       {},
+       true,
+       missingBTD},
+      {"existing btd",
+       "failures",
+       "createBTD of a BTD that exists raises an LxRecoverableException",
+       {"btd answers"},
+       true,
+       existingBTD},
+      {"missing policy",
+       "failures",
+       "getPolicy, updatePolicy and deletePolicy of a missing policy raise an LxRecoverableException",
+       {},
+       true,
+       missingPolicy},
+      {"existing policy",
+       "failures",
+       "createPolicy of a policy that exists raises an LxRecoverableException",
+       {"policy answers"},
+       true,
+       existingPolicy},
+      {"missing service",
+       "failures",
+       "deleteService of a missing service raises an LxRecoverableException",
+       {},
+       true,
+       missingService},
+      {"threads",
+       "concurrency",
+       "8 threads storing, reading, listing and deleting BTDs of their own lose nothing and see all of "
+       "theirs",
+       {"btd answers", "btd listing"},
+       true,
+       concurrency},
+      {"nothing pending",
+       "hygiene",
+       "no Java exception is left pending after any call of the run",
+       {},
+       true,
+       nothingPending},
+      {"nothing left",
+       "hygiene",
+       "what the checks deleted is gone from every listing",
+       {"btd listing", "policy names", "service answers", "threads"},
+       true,
+       nothingLeft},
+      {"global references",
+       "hygiene",
+       "the library's global references balance over the run",
+       {},
+       true,
+       globalReferencesBalanced},
+  };
+  rows.insert(rows.end(), more.begin(), more.end());
+  return rows;
+}
