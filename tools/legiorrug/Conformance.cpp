@@ -4,6 +4,9 @@
 #include "Input.hpp"
 #include "Registry.hpp"
 
+#include <KorJVM.hpp>
+#include <KorJVMStartup.hpp>
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
@@ -23,7 +26,7 @@ double secondsSince(Clock::time_point start) {
 
 bool jvmRunning() {
   try {
-    return KorJVM::javaVM() != nullptr;
+    return KorJVMStartup::javaVM() != nullptr;
   } catch (const std::exception&) {
     return false;
   }
@@ -125,7 +128,8 @@ int checkRegistry(const Options& options, TraceSink* trace) {
     }
     run.startFailure = error.what();
   }
-  run.globalReferencesBefore = countGlobalReferences(KorJVM::javaVM()) ? liveGlobalReferences() : noCount;
+  run.globalReferencesBefore =
+      countGlobalReferences(KorJVMStartup::javaVM()) ? liveGlobalReferences() : noCount;
 
   std::vector<Requirement> rows = resolutionRequirements();
   std::vector<Requirement> more = registryRequirements();

@@ -8,6 +8,8 @@
 #include <KorJNI.hpp>
 #include <KorJniRef.hpp>
 #include <KorLog.hpp>
+#include <KorLogSink.hpp>
+#include <KorWstringText.hpp>
 
 #include <string>
 #include <type_traits>
@@ -97,7 +99,7 @@ const std::vector<JavaClass> contract = {
 class JavaErrorWatch : public KorLogSink {
 public:
   void write(const KorLogRecord& record) override {
-    if (record.inserts.size() == 2 && record.inserts.front().toUtf8() == "Java error") {
+    if (record.inserts.size() == 2 && KorWstringText::toUtf8(record.inserts.front()) == "Java error") {
       error = shown(record.inserts.back());
     }
   }
@@ -120,7 +122,7 @@ Lookup lookUp(JNIEnv* env, const char* className, const JavaMethod* method) {
   const KorJNI::ClassInfo table[] = {
       {&lookup.cls, className, method != nullptr ? methods : nullptr, nullptr, nullptr, nullptr}, {}};
   auto watch = std::make_shared<JavaErrorWatch>();
-  std::shared_ptr<KorLogSink> sink = KorLog::setSink(watch);
+  std::shared_ptr<KorLogSink> sink = KorLogSink::install(watch);
   const int level = KorLog::iEffectiveLogFilter;
   KorLog::iEffectiveLogFilter = 4;
   try {
@@ -130,7 +132,7 @@ Lookup lookUp(JNIEnv* env, const char* className, const JavaMethod* method) {
     lookup.javaError = watch->error;
   }
   KorLog::iEffectiveLogFilter = level;
-  KorLog::setSink(sink);
+  KorLogSink::install(sink);
   return lookup;
 }
 
@@ -151,7 +153,7 @@ template <typename T> T checked(JNIEnv* env, T value) {
 }
 
 jmethodID methodOf(JNIEnv* env, jobject target, const char* name, const char* signature) {
-  KorLocalRef<jclass> cls(env, checked(env, env->GetObjectClass(target)));
+  KorJniLocalRef<jclass> cls(env, checked(env, env->GetObjectClass(target)));
   return checked(env, env->GetMethodID(cls.get(), name, signature));
 }
 
@@ -168,24 +170,25 @@ std::string javaText(JNIEnv* env, jstring text) {
 }
 
 std::string descriptorOf(JNIEnv* env, jobject type) {
-  KorLocalRef<jstring> text(env, callObject<jstring>(env, type, "descriptorString", "()Ljava/lang/String;"));
+  KorJniLocalRef<jstring> text(env,
+                               callObject<jstring>(env, type, "descriptorString", "()Ljava/lang/String;"));
   return javaText(env, text.get());
 }
 
 // "descriptor" of one java.lang.reflect.Method or Constructor, " (static)" after a static one.
 std::string describeMember(JNIEnv* env, jobject member, bool constructor) {
-  KorLocalRef<jobjectArray> parameters(
+  KorJniLocalRef<jobjectArray> parameters(
       env, callObject<jobjectArray>(env, member, "getParameterTypes", "()[Ljava/lang/Class;"));
   std::string descriptor = "(";
   for (jsize i = 0; i < env->GetArrayLength(parameters.get()); ++i) {
-    KorLocalRef<> parameter(env, checked(env, env->GetObjectArrayElement(parameters.get(), i)));
+    KorJniLocalRef<> parameter(env, checked(env, env->GetObjectArrayElement(parameters.get(), i)));
     descriptor += descriptorOf(env, parameter.get());
   }
   descriptor += ")";
   if (constructor) {
     return descriptor + "V";
   }
-  KorLocalRef<> result(env, callObject(env, member, "getReturnType", "()Ljava/lang/Class;"));
+  KorJniLocalRef<> result(env, callObject(env, member, "getReturnType", "()Ljava/lang/Class;"));
   const jint modifiers =
       checked(env, env->CallIntMethod(member, methodOf(env, member, "getModifiers", "()I")));
   const jint staticModifier = 8;
@@ -195,14 +198,15 @@ std::string describeMember(JNIEnv* env, jobject member, bool constructor) {
 
 std::string listDeclared(JNIEnv* env, jclass cls, const JavaMethod& wanted) {
   const bool constructor = std::string(wanted.name) == "<init>";
-  KorLocalRef<jobjectArray> members(
+  KorJniLocalRef<jobjectArray> members(
       env, callObject<jobjectArray>(env, cls, constructor ? "getDeclaredConstructors" : "getDeclaredMethods",
                                     constructor ? "()[Ljava/lang/reflect/Constructor;"
                                                 : "()[Ljava/lang/reflect/Method;"));
   std::string found;
   for (jsize i = 0; i < env->GetArrayLength(members.get()); ++i) {
-    KorLocalRef<> member(env, checked(env, env->GetObjectArrayElement(members.get(), i)));
-    KorLocalRef<jstring> name(env, callObject<jstring>(env, member.get(), "getName", "()Ljava/lang/String;"));
+    KorJniLocalRef<> member(env, checked(env, env->GetObjectArrayElement(members.get(), i)));
+    KorJniLocalRef<jstring> name(env,
+                                 callObject<jstring>(env, member.get(), "getName", "()Ljava/lang/String;"));
     if (constructor || javaText(env, name.get()) == wanted.name) {
       found += (found.empty() ? "" : ", ") + std::string(wanted.name) + " " +
                describeMember(env, member.get(), constructor);

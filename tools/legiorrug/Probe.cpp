@@ -6,9 +6,11 @@
 
 #include "CommandLine.hpp"
 
+#include <KorWstringText.hpp>
+
 std::string shown(const KorWstring& text) {
   const std::size_t most = 120;
-  std::u16string_view units = text.view();
+  std::u16string_view units = KorWstringText::view(text);
   return units.size() <= most
              ? quote(units)
              : quote(units.substr(0, most)) + "... (" + std::to_string(units.size()) + " units)";
@@ -63,7 +65,7 @@ std::string shownRaise(const KorException& error) {
 }
 
 KorWstring Probe::name(std::u16string_view suffix) const {
-  return KorWstring(run_.prefix + scope_ + u"-" + std::u16string(suffix));
+  return KorWstringText::fromUtf16(run_.prefix + scope_ + u"-" + std::u16string(suffix));
 }
 
 void Probe::fail(std::string got, std::string expected) {

@@ -6,6 +6,8 @@
 
 #include "GlobalReferences.hpp"
 
+#include <KorWstringText.hpp>
+
 #include <algorithm>
 #include <optional>
 #include <thread>
@@ -16,11 +18,11 @@ using Kind = Probe::Kind;
 using Texts = std::vector<KorWstring>;
 
 KorWstring text(std::u16string_view units) {
-  return KorWstring(std::u16string(units));
+  return KorWstringText::fromUtf16(units);
 }
 
 KorWstring operator+(const KorWstring& head, std::u16string_view tail) {
-  return KorWstring(std::u16string(head.view()) + std::u16string(tail));
+  return KorWstringText::fromUtf16(std::u16string(KorWstringText::view(head)) + std::u16string(tail));
 }
 
 std::size_t count(const Texts& texts, const KorWstring& text) {
@@ -200,7 +202,7 @@ void expectKnown(Probe& p, const std::shared_ptr<const KorException>& error, con
   } else {
     Texts inserts = error->textInserts();
     bool named = std::any_of(inserts.begin(), inserts.end(), [&](const KorWstring& insert) {
-      return insert.view().find(name.view()) != std::u16string_view::npos;
+      return KorWstringText::view(insert).find(KorWstringText::view(name)) != std::u16string_view::npos;
     });
     if (!named) {
       p.note(Verdict::warning, shownRaise(*error), needed);
@@ -344,8 +346,10 @@ void globalReferencesBalanced(Probe& p) {
 
 // What the run left in the registry under its prefix, after every row removed what it made.
 void nothingLeft(Probe& p) {
-  const KorWstring prefix(p.run().prefix);
-  auto left = [&](const KorWstring& name) { return name.view().substr(0, prefix.length()) == prefix.view(); };
+  const KorWstring prefix = KorWstringText::fromUtf16(p.run().prefix);
+  auto left = [&](const KorWstring& name) {
+    return KorWstringText::view(name).substr(0, prefix.length()) == KorWstringText::view(prefix);
+  };
   Texts names = getBTDNames(p);
   for (const char16_t* type : policyTypes) {
     Texts policies = getPolicyNames(p, text(type));
@@ -479,7 +483,9 @@ std::vector<Requirement> registryRequirements() {
                     std::string("a BTD reads back as stored, changed and gone: ") + texts.label,
                     {"btd answers", "btd listing"},
                     true,
-                    [texts](Probe& p) { btdRoundTrip(p, p.name(texts.name), KorWstring(texts.document)); }});
+                    [texts](Probe& p) {
+                      btdRoundTrip(p, p.name(texts.name), KorWstringText::fromUtf16(texts.document));
+                    }});
   }
   for (const TextCase& texts : textCases()) {
     if (!texts.policyDocument) {
@@ -491,7 +497,8 @@ std::vector<Requirement> registryRequirements() {
                     {"policy answers", "policy names"},
                     true,
                     [texts](Probe& p) {
-                      policyRoundTrip(p, text(u"Security"), p.name(texts.name), KorWstring(texts.document));
+                      policyRoundTrip(p, text(u"Security"), p.name(texts.name),
+                                      KorWstringText::fromUtf16(texts.document));
                     }});
   }
   rows.push_back({"policy types",
@@ -519,8 +526,8 @@ std::vector<Requirement> registryRequirements() {
                     {"service answers"},
                     true,
                     [texts](Probe& p) {
-                      serviceRoundTrip(p, p.name(texts.name), KorWstring(u"urn:" + texts.name),
-                                       KorWstring(texts.document));
+                      serviceRoundTrip(p, p.name(texts.name), KorWstringText::fromUtf16(u"urn:" + texts.name),
+                                       KorWstringText::fromUtf16(texts.document));
                     }});
   }
   std::vector<Requirement> more = {

@@ -2,10 +2,10 @@
 
 #include <jni.h>
 
-// The platform's owning local reference, for code that runs outside a local
-// frame or in a loop that must not let references pile up. The library,
-// built apart from the platform, has its own. A plain jobject is always
-// borrowed.
+// The stand-in's owning local reference, for its own code and for hosts and
+// tools that call JNI themselves: code that runs outside a local frame or in
+// a loop that must not let references pile up. The library, built apart from
+// the platform, has its own. A plain jobject is always borrowed.
 template <typename T = jobject> class KorJniLocalRef {
 public:
   KorJniLocalRef(JNIEnv* env, T ref) noexcept : env_(env), ref_(ref) {}
