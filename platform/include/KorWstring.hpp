@@ -1,3 +1,6 @@
+/// @file
+/// The platform's text. Threads: copies of one text may be used on different
+/// threads at once; one KorWstring object is not for concurrent writers.
 #pragma once
 
 #include <atomic>
@@ -7,50 +10,61 @@
 #include <limits>
 #include <string>
 
-// The platform's text: UTF-16 code units in a reference-counted buffer.
-// Copies share the buffer (a copy allocates nothing); a write to a shared
-// buffer copies it first. Reference counts are atomic, so copies may live on
-// different threads; one KorWstring object is not for concurrent writers.
-//
-// This header is the broker platform's text as the library may use it: each
-// operation below says what in the library needs it. Conversions to and from
-// UTF-8 and standard strings, for hosts and tests, are in KorWstringText.hpp.
+/// The platform's text: UTF-16 code units in a reference-counted buffer.
+/// Copies share the buffer (a copy allocates nothing); a write to a shared
+/// buffer copies it first. Reference counts are atomic, so copies may live on
+/// different threads; one KorWstring object is not for concurrent writers.
+///
+/// This header is the broker platform's text as the library may use it: each
+/// operation below says what in the library needs it. Conversions to and from
+/// UTF-8 and standard strings, for hosts and tests, are in KorWstringText.hpp.
 class KorWstring {
 public:
+  /// One UTF-16 code unit.
   using CodeUnit = char16_t;
 
+  /// The empty text; allocates nothing.
   KorWstring() noexcept = default;
-  // A text of its own from a run of code units.
+  /// A text of its own from a run of code units.
   KorWstring(const CodeUnit* units, std::size_t count);
-  // Copies and assignments share the buffer: the in-memory registry hands
-  // out its stored texts this way.
+  /// Shares other's buffer, as assignments do: the in-memory registry hands
+  /// out its stored texts this way.
   KorWstring(const KorWstring& other) noexcept;
+  /// Takes other's buffer; other becomes empty.
   KorWstring(KorWstring&& other) noexcept;
+  /// Shares other's buffer.
   KorWstring& operator=(const KorWstring& other) noexcept;
+  /// Takes other's buffer.
   KorWstring& operator=(KorWstring&& other) noexcept;
+  /// Lets go of the buffer.
   ~KorWstring();
 
-  // Length and units: the key order, and the units handed to Java.
+  /// The number of code units: the key order, and the units handed to Java.
   std::size_t length() const noexcept;
+  /// Whether there is no code unit.
   bool empty() const noexcept { return length() == 0; }
+  /// The code units; valid until the text is written or destroyed.
   const CodeUnit* data() const noexcept;
 
-  // Building URIs and joined names. A buffer this text alone holds grows
-  // geometrically, as std::u16string's does.
+  /// Appends tail, for building URIs and joined names. A buffer this text
+  /// alone holds grows geometrically, as std::u16string's does.
   KorWstring& operator+=(const KorWstring& tail);
+  /// Appends count units.
   KorWstring& append(const CodeUnit* units, std::size_t count);
+  /// Makes the text empty.
   void clear() noexcept;
 
-  // True for a copy of this text: the key order's first rule.
+  /// True for a copy of this text: the key order's first rule.
   bool sharesBufferWith(const KorWstring& other) const noexcept {
     return header_ != nullptr && header_ == other.header_;
   }
 
-  // The reserved policy type is recognised by equality.
+  /// Equal code units. The reserved policy type is recognised by equality.
   friend bool operator==(const KorWstring& a, const KorWstring& b) noexcept {
     return a.sharesBufferWith(b) || (a.length() == b.length() && std::char_traits<CodeUnit>::compare(
                                                                      a.data(), b.data(), a.length()) == 0);
   }
+  /// Different code units.
   friend bool operator!=(const KorWstring& a, const KorWstring& b) noexcept { return !(a == b); }
 
 private:
@@ -63,6 +77,7 @@ private:
   Header* header_ = nullptr;
 };
 
+/// @cond
 // The units follow the header, so a string costs one allocation, a copy
 // none, and a length and its units sit together. The reference count starts
 // the allocation.
@@ -77,6 +92,7 @@ struct KorWstring::Header {
   static Header* allocate(std::size_t capacity);
   static void free(Header* header) noexcept;
 };
+/// @endcond
 
 inline std::size_t KorWstring::length() const noexcept {
   return header_ != nullptr ? header_->length : 0;
@@ -86,14 +102,16 @@ inline const KorWstring::CodeUnit* KorWstring::data() const noexcept {
   return header_ != nullptr ? header_->units() : u"";
 }
 
+/// Texts from wide-character literals.
 namespace KorWstringConvertor {
-// The library's literals: URI prefixes, separators, the reserved policy type.
-// wchar_t is UTF-32 here: code points above U+FFFF become surrogate pairs and
-// a value in D800-DFFF passes through as that unit. A value above U+10FFFF
-// throws std::invalid_argument.
+/// A text from a wide literal: the library's URI prefixes, separators and
+/// reserved policy type. wchar_t is UTF-32 here: code points above U+FFFF become surrogate pairs and
+/// a value in D800-DFFF passes through as that unit. A value above U+10FFFF
+/// throws std::invalid_argument.
 KorWstring toKorWstring(const wchar_t* literal);
 } // namespace KorWstringConvertor
 
+/// @cond
 // The key order of every ordered map of the registry: a shared buffer is
 // equal, otherwise unsigned code-unit order with a prefix first.
 // Inline: every map lookup makes a few of these.
@@ -107,3 +125,4 @@ template <> struct std::less<KorWstring> {
     return order < 0 || (order == 0 && a.length() < b.length());
   }
 };
+/// @endcond
