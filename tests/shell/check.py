@@ -1,7 +1,7 @@
 # End-to-end tests of the legiorrug shell: check.py PROGRAM SOURCE_DIR BINARY_DIR. Each row runs the program
 # once, in BINARY_DIR, and checks its exit status, its exact standard output (bytes, or a file of cases/),
 # that its standard error matches err and does not match forbid, or is the message says.
-import concurrent.futures, difflib, os, re, shutil, subprocess, sys
+import concurrent.futures, difflib, os, re, shutil, subprocess, sys, zipfile
 
 program, source, binary = sys.argv[1:]
 cases = source + "/tests/shell/cases/"
@@ -84,6 +84,8 @@ os.makedirs(binary + "/tests/shell/corrupt/com/vantor/broker/isr", exist_ok=True
 open(binary + "/tests/shell/corrupt/com/vantor/broker/isr/ISRAdapter.class", "w").write("not a class")
 row("classpath_missing", java + "--classpath /nonexistent/x.jar", 2, stdin=ok, out=b"",
     says="--classpath /nonexistent/x.jar: no such file or folder")
+zipfile.ZipFile(binary + "/tests/shell/empty.jar", "w").close()
+row("classpath_empty_jar", java + "--classpath tests/shell/empty.jar", 0, stdin=ok)
 row("classpath_not_a_jar", java + "--classpath tests/shell/corrupt/com/vantor/broker/isr/ISRAdapter.class", 2,
     says="--classpath tests/shell/corrupt/com/vantor/broker/isr/ISRAdapter.class: neither a jar nor a folder of classes")
 row("corrupt_class", "--classpath tests/shell/corrupt", 2, stdin=ok,
