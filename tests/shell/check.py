@@ -1,7 +1,7 @@
 # End-to-end tests of the legiorrug shell: check.py PROGRAM SOURCE_DIR BINARY_DIR. Each row runs the program
 # once, in BINARY_DIR, and checks its exit status, its exact standard output (bytes, or a file of cases/),
 # that its standard error matches err and does not match forbid, or is the message says.
-import concurrent.futures, difflib, os, re, shutil, subprocess, sys, zipfile
+import concurrent.futures, difflib, json, os, re, shutil, subprocess, sys, zipfile
 
 program, source, binary = sys.argv[1:]
 cases = source + "/tests/shell/cases/"
@@ -144,6 +144,25 @@ for registry in stub, java:
     row("large_value_from_file", registry + "--json", 0, stdin=b"createBTD big @tests/shell/values/10MB\ngetBTD big\n",
         out=b'{"line":1,"op":"createBTD","ok":true,"out":{' + uri + b'big"}}\n{"line":2,"op":"getBTD","ok":true,'
         b'"out":{"content":"' + shown * 250000 + b'",' + uri + b'big"}}\n')
+
+
+def round_trip(first, second):  # a dump run on an empty registry of the second kind and dumped again
+    script, dumps = open(source + "/examples/registry.lgr", "rb").read() + b"createBTD big @tests/shell/values/10MB\n"\
+        b'createBTD "\\ud800 \'\\"\\n\\\\" @tests/shell/values/small\ndump Security\n', []
+    for registry in first, second:
+        done = subprocess.run([program] + (registry + "--json").split(), input=script, capture_output=True, cwd=binary)
+        dumps.append(json.loads(done.stdout.splitlines()[-1])["result"])
+        script = dumps[-1].encode() + b"dump Security\n"
+    diff = difflib.unified_diff(dumps[0][:100000].splitlines(), dumps[1][:100000].splitlines(), lineterm="")
+    return "" if done.returncode == 0 and dumps[0] == dumps[1] else "round trip %s to %s: exit status %d\n%s\n%s" % (
+        first, second, done.returncode, "\n".join(diff), done.stderr.decode())
+
+
+for first, second in (stub, stub), (java, java), (stub, java):
+    runs.append(pool.submit(round_trip, first, second))
+row("dump_text", stub, 0, stdin=b"createBTD a 'x\\'\\\n'y'\ndump\n", out=b'1 createBTD: done\n'
+    b'  uri = "/apiv1/business/businesstransactions/a"\n3 dump: 2 lines of script\n# A registry dumped by legiorrug; '
+    b'run it on an empty registry to rebuild it.\ncreateBTD "a" "x\\\\y" "/apiv1/business/businesstransactions/a"\n')
 
 # Nothing lost behind a zero exit status.
 row("over_long_line", stub, 2, stdin=b"createBTD a b\n" + b"x" * 1048577 + b"\nbtdExists a\n",

@@ -144,6 +144,28 @@ std::variant<Words, LineError> splitLine(std::string_view utf8Line) {
   return words;
 }
 
+bool continues(std::string_view utf8Line) {
+  std::size_t start = utf8Line.find_first_not_of(" \t\r");
+  if (start == std::string_view::npos || utf8Line[start] == '#') {
+    return false;
+  }
+  char open = '\0';
+  for (std::size_t i = start; i < utf8Line.size(); ++i) {
+    char c = utf8Line[i];
+    if (open == '\0' && (c == '\'' || c == '"')) {
+      open = c;
+    } else if (c == open) {
+      open = '\0';
+    } else if (c == '\\' && open != '\'') {
+      if (i + 1 == utf8Line.size()) {
+        return open == '\0';
+      }
+      i += open == '"' ? 1 : 0;
+    }
+  }
+  return false;
+}
+
 std::string quote(std::u16string_view text) {
   std::string out = "\"";
   for (std::size_t i = 0; i < text.size(); ++i) {

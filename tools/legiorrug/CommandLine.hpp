@@ -31,6 +31,10 @@ struct LineError {
 // no state, whatever the bytes.
 std::variant<Words, LineError> splitLine(std::string_view utf8Line);
 
+// Whether a script line goes on in the next: it ends in a backslash outside
+// quotes and is no comment. The backslash and the newline then join the two.
+bool continues(std::string_view utf8Line);
+
 // The text as one "..." word: splitLine gives the text back. Controls (C0,
 // C1, bidirectional marks) and lone surrogates are escaped, so the result is printable UTF-8.
 std::string quote(std::u16string_view text);

@@ -1,5 +1,6 @@
 #include "Commands.hpp"
 
+#include "Dump.hpp"
 #include "Utf.hpp"
 
 #include <KorISRAdapterStub.hpp>
@@ -125,6 +126,8 @@ const std::vector<Command> table = {
     {"deleteService", "NAME", [](A& a, const Args& x, Out&) { a.deleteService(x.text(0)); }},
     {"stopMessageFlow", "T1 T2 T3 T4",
      [](A& a, const Args& x, Out&) { a.stopMessageFlow(x.text(0), x.text(1), x.text(2), x.text(3)); }},
+    {"dump", "[TYPE...]",
+     [](A& a, const Args& x, Out& o) { o.result = Script{dumpRegistry(a, x.textsFrom(0))}; }},
     {"quit", "", nullptr},
     {"exit", "", nullptr},
     {"reset", "",

@@ -15,9 +15,14 @@
 #include <variant>
 #include <vector>
 
+// Lines of this shell's commands, as UTF-8.
+struct Script {
+  std::string text;
+};
+
 // A value that an operation returns or leaves in a parameter.
-using Value =
-    std::variant<bool, KorWstring, std::vector<KorWstring>, KorISRService, std::vector<KorISRService>>;
+using Value = std::variant<bool, KorWstring, std::vector<KorWstring>, KorISRService,
+                           std::vector<KorISRService>, Script>;
 
 // A line that cannot be run: the operation is not called.
 struct UsageError {

@@ -24,27 +24,17 @@ public:
 
   Read next(std::string& line) override {
     line.clear();
-    bool tooLong = false;
-    int c = 0;
-    while ((c = getc_unlocked(file_)) != EOF && c != '\n') {
-      if (line.size() < maxLineBytes) {
-        line += static_cast<char>(c);
-      } else {
-        tooLong = true;
-      }
+    number_ = pieces_ + 1;
+    Read read = Read::line;
+    std::size_t start = 0;
+    while ((read = readPiece(line)) == Read::line && continues(std::string_view(line).substr(start))) {
+      line.pop_back();
+      start = line.size();
     }
-    if (c == EOF && std::ferror(file_)) {
-      throw LostData("cannot read " + name_ + ": " + std::strerror(errno));
-    }
-    if (c == EOF && line.empty() && !tooLong) {
-      return Read::end;
-    }
-    if (first_ && line.compare(0, 3, "\xEF\xBB\xBF") == 0) {
-      line.erase(0, 3);
-    }
-    first_ = false;
-    return tooLong ? Read::tooLong : Read::line;
+    return read == Read::end && number_ <= pieces_ ? Read::line : read;
   }
+
+  std::size_t lineNumber() const override { return number_; }
 
   std::optional<std::size_t> skipRest() override {
     std::size_t count = 0;
@@ -61,9 +51,34 @@ public:
   }
 
 private:
+  // Appends the next physical line, which alone must fit maxLineBytes.
+  Read readPiece(std::string& line) {
+    const std::size_t start = line.size();
+    bool tooLong = false;
+    int c = 0;
+    while ((c = getc_unlocked(file_)) != EOF && c != '\n') {
+      if (line.size() - start < maxLineBytes) {
+        line += static_cast<char>(c);
+      } else {
+        tooLong = true;
+      }
+    }
+    if (c == EOF && std::ferror(file_)) {
+      throw LostData("cannot read " + name_ + ": " + std::strerror(errno));
+    }
+    if (c == EOF && line.size() == start && !tooLong) {
+      return Read::end;
+    }
+    if (pieces_++ == 0 && line.compare(0, 3, "\xEF\xBB\xBF") == 0) {
+      line.erase(0, 3);
+    }
+    return tooLong ? Read::tooLong : Read::line;
+  }
+
   std::FILE* file_;
   std::string name_;
-  bool first_ = true;
+  std::size_t pieces_ = 0; // physical lines read
+  std::size_t number_ = 0;
 };
 
 // Ctrl-C at a terminal, counted: each part of a session compares the count
@@ -197,6 +212,8 @@ public:
 
   std::optional<std::size_t> skipRest() override { return std::nullopt; }
 
+  std::size_t lineNumber() const override { return number_; }
+
   Read next(std::string& line) override {
     for (;;) {
       std::size_t dropped = output_.restart();
@@ -225,6 +242,7 @@ public:
       auto words = splitLine(line);
       const Words* split = std::get_if<Words>(&words);
       if (split == nullptr || split->empty() || split->size() > 2 || split->front() != Word{u"help"}) {
+        ++number_;
         return Read::line;
       }
       help(split->size() == 2 ? toWtf8(split->back().text) : "");
@@ -249,6 +267,7 @@ private:
   }
 
   TerminalOptions options_;
+  std::size_t number_ = 0;
   DroppingOutput output_;
   std::streambuf* standardOutput_ = nullptr;
 };

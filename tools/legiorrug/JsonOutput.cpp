@@ -86,6 +86,7 @@ Json toJson(const Value& value) {
     Json operator()(const KorWstring& value) const { return text(value); }
     Json operator()(const std::vector<KorWstring>& values) const { return texts(values); }
     Json operator()(const KorISRService& value) const { return service(value); }
+    Json operator()(const Script& script) const { return script.text; }
     Json operator()(const std::vector<KorISRService>& values) const {
       Json array = Json::array();
       for (const KorISRService& value : values) {

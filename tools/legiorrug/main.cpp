@@ -86,11 +86,12 @@ bool heapExhausted(const Report& report) {
 int run(Input& input, KorISRAdapter& adapter, Output& output, TraceSink* trace, bool bail) {
   int status = 0;
   std::string line;
-  for (std::size_t number = 1;; ++number) {
+  for (;;) {
     Read read = input.next(line);
     if (read == Read::end) {
       break;
     }
+    std::size_t number = input.lineNumber();
     std::optional<Report> report =
         read == Read::line
             ? runLine(adapter, number, line)
