@@ -160,9 +160,11 @@ def round_trip(first, second):  # a dump run on an empty registry of the second 
 
 for first, second in (stub, stub), (java, java), (stub, java):
     runs.append(pool.submit(round_trip, first, second))
-row("dump_text", stub, 0, stdin=b"createBTD a 'x\\'\\\n'y'\ndump\n", out=b'1 createBTD: done\n'
-    b'  uri = "/apiv1/business/businesstransactions/a"\n3 dump: 2 lines of script\n# A registry dumped by legiorrug; '
-    b'run it on an empty registry to rebuild it.\ncreateBTD "a" "x\\\\y" "/apiv1/business/businesstransactions/a"\n')
+row("dump_text", java, 0, stdin=b"# a comment ends in \\\ncreateBTD a 'x\\'\\\n'y'\ncreateService s n d\n"
+    b"createPolicy T p d\ndump T\n", out=b'2 createBTD: done\n  uri = "/apiv1/business/businesstransactions/a"\n'
+    b'4 createService: done\n5 createPolicy: done\n  uri = "/apiv1/policy/T/p"\n6 dump: 4 lines of script\n# A registry '
+    b'dumped by legiorrug; run it on an empty registry to rebuild it.\ncreateBTD "a" "x\\\\y" '
+    b'"/apiv1/business/businesstransactions/a"\ncreateService "s" "n" "d"\ncreatePolicy "T" "p" "d" "/apiv1/policy/T/p"\n')
 
 # Nothing lost behind a zero exit status.
 row("over_long_line", stub, 2, stdin=b"createBTD a b\n" + b"x" * 1048577 + b"\nbtdExists a\n",

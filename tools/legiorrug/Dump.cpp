@@ -4,8 +4,6 @@
 
 #include <KorISRService.hpp>
 
-#include <algorithm>
-
 namespace {
 
 // Each piece quotes to at most six bytes a unit, well within a line.
@@ -31,34 +29,24 @@ std::string line(const std::string& command, std::initializer_list<const KorWstr
   return out + '\n';
 }
 
-std::vector<KorWstring> sorted(std::vector<KorWstring> texts) {
-  std::sort(texts.begin(), texts.end(),
-            [](const KorWstring& a, const KorWstring& b) { return a.view() < b.view(); });
-  return texts;
-}
-
 } // namespace
 
 std::string dumpRegistry(KorISRAdapter& adapter, const std::vector<KorWstring>& policyTypes) {
   std::string script = "# A registry dumped by legiorrug; run it on an empty registry to rebuild it.\n";
   KorWstring joined;
-  for (const KorWstring& name : sorted(adapter.getBTDNames(joined))) {
+  for (const KorWstring& name : adapter.getBTDNames(joined)) {
     KorWstring content;
     KorWstring uri;
     adapter.getBTD(name, content, uri);
     script += line("createBTD", {&name, &content, &uri});
   }
-  std::vector<KorWstring> services;
-  for (const KorISRService& service : adapter.getServices()) {
-    services.push_back(service.name);
-  }
-  for (const KorWstring& name : sorted(services)) {
+  for (const KorISRService& listed : adapter.getServices()) {
     KorISRService service;
-    adapter.getService(name, service);
+    adapter.getService(listed.name, service);
     script += line("createService", {&service.name, &service.serviceNamespace, &service.document});
   }
   for (const KorWstring& type : policyTypes) {
-    for (const KorWstring& name : sorted(adapter.getPolicyNames(type, joined))) {
+    for (const KorWstring& name : adapter.getPolicyNames(type, joined)) {
       KorWstring document;
       KorWstring uri;
       adapter.getPolicy(type, name, document, uri);

@@ -230,7 +230,7 @@ void checkClassPath(const std::vector<std::string>& entries) {
       throw StartError("--classpath " + entry + ": no such file or folder");
     }
     if (fs::is_directory(status)) {
-      fs::directory_iterator(entry, error);
+      fs::directory_iterator listing(entry, error);
       if (error) {
         throw StartError("--classpath " + entry + ": cannot read the folder: " + error.message());
       }
