@@ -25,7 +25,9 @@ std::string commandList() {
          "An argument written @FILE takes its value from the file, read as UTF-8 ('@...' stays as "
          "it is).\nquit and exit end the input. At a terminal: help [COMMAND], Ctrl-D ends the input, "
          "Tab completes a\ncommand name, Ctrl-C cancels the line or drops the rest of a command's output.\n"
-         "A Java heap that runs out ends the run.\n"
+         "In a script, a line that ends in a backslash outside quotes goes on in the next.\n"
+         "dump writes a script that rebuilds the registry: its BTDs, services and the policies of "
+         "each TYPE.\nA Java heap that runs out ends the run.\n"
          "Exit status: 0 every command succeeded, 1 an operation raised, 2 a line could not be run,\n"
          "the registry could not be started, or input, output or trace was lost.";
 }
