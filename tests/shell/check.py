@@ -3,7 +3,7 @@
 # that its standard error matches err and does not match forbid, or is the message says. A --check-registry
 # row names the requirements that fail (the start of each name, and what the evidence must show); its
 # --junit file must validate against junit.xsd.
-import concurrent.futures, difflib, json, os, re, shutil, subprocess, sys
+import concurrent.futures, difflib, json, os, re, shutil, subprocess, sys, zipfile
 
 program, source, binary = sys.argv[1:]
 cases = source + "/tests/shell/cases/"
@@ -84,21 +84,29 @@ row("all_succeed", stub + "--json -f -", 0, stdin=ok)
 row("no_commands", stub, 0, out=b"")
 for option in "--help", "--version":
     row(option, option, 0, err=r"^\Z")
-row("bad_option", "--colour", 2, err="--colour")
-row("bad_trace_level", stub + "--trace 6", 2, err="--trace")
+row("bad_option", "--colour", 2, err="^legiorrug: .*--colour")
+row("bad_trace_level", stub + "--trace 6", 2,
+    says="--trace: Value 6 not in range 0 to 5 (legiorrug --help lists the options)")
 row("missing_script", stub + "-f " + cases + "none.lgr", 2, err="none.lgr")
 row("empty_option_value", "--name= -f x", 2, says="--name needs a value")
 row("one_value_per_option", "--classpath a b", 2, err="cannot read b")
 row("trace_file_unwritable", stub + "--trace 3 --trace-file /nonexistent/trace", 2,
     says="cannot open the trace file /nonexistent/trace: No such file or directory")
 row("java_without_registry_classes", "--json", 2, stdin=ok, out=b"", bare=True,
-    err="cannot start the registry: DRX3702: .*ISRAdapter_getInstance.*Unable to locate Java class "
+    err="cannot start the registry: DRX3702: Fatal Error Making JNI Call: ISRAdapter_getInstance; Java class or "
+    r"method not resolved \(class path: empty; Unable to locate Java class "
     r"com/vantor/broker/isr/ISRAdapter \(java.lang.ClassNotFoundException: com.vantor.broker.isr.ISRAdapter\)\)$")
 row("unresolved_method", java + "--classpath tests/java/legiorrug-migration-without-migrateisr.jar", 0,
     says="Unable to locate Java method or field migrateISR com/vantor/broker/isr/migration/ISRMigration "
     "(java.lang.NoSuchMethodError: migrateISR); the calls that need it fail")
 os.makedirs(binary + "/tests/shell/corrupt/com/vantor/broker/isr", exist_ok=True)
 open(binary + "/tests/shell/corrupt/com/vantor/broker/isr/ISRAdapter.class", "w").write("not a class")
+row("classpath_missing", java + "--classpath /nonexistent/x.jar", 2, stdin=ok, out=b"",
+    says="--classpath /nonexistent/x.jar: no such file or folder")
+zipfile.ZipFile(binary + "/tests/shell/empty.jar", "w").close()
+row("classpath_empty_jar", java + "--classpath tests/shell/empty.jar", 0, stdin=ok)
+row("classpath_not_a_jar", java + "--classpath tests/shell/corrupt/com/vantor/broker/isr/ISRAdapter.class", 2,
+    says="--classpath tests/shell/corrupt/com/vantor/broker/isr/ISRAdapter.class: neither a jar nor a folder of classes")
 row("corrupt_class", "--classpath tests/shell/corrupt", 2, stdin=ok,
     err=r"Unable to locate Java class com/vantor/broker/isr/ISRAdapter \(java.lang.ClassFormatError: Incompatible")
 row("stub_without_jvm_or_trace", stub, 0, stdin=ok, env=no_jvm, err=r"^\Z")
@@ -108,6 +116,8 @@ row("bad_jvm_option", "--jvm-option=-Xno-such-option", 2, err="cannot start the 
 row("jvm_refuses_option", "--json --jvm-option=-Xmx1k", 2, out=b"",
     err=r"^legiorrug: cannot start the Java virtual machine \(JVM options: -Xmx1k\): .*heap\n\Z")
 row("trace_to_stderr", stub + "--trace 3", 0, stdin=ok, err='entry KorISRAdapterStub::createBTD .* "a" "b" ""\n')
+row("trace_escapes", stub + "--trace 3", 0, stdin=b'btdExists "\\u0085\\u202e\\u2028\\u007f"\n',
+    err=r'entry KorISRAdapterStub::btdExists .* "\\u0085\\u202e\\u2028\\x7F"\n')
 row("trace_to_file", stub + "--trace 3 --trace-file /dev/stderr", 0, stdin=ok, err="entry KorISRAdapterStub::btdExists")
 for option in "--trace-file /dev/stderr", "--show-java-errors":  # where Java's description of an exception goes
     row("java_errors", java + option + " -f " + cases + "java.lgr", 2,
@@ -133,6 +143,68 @@ row("junit_unwritable", "--check-registry --junit /nonexistent/check.xml", 2,
 row("junit_needs_check", "--junit tests/shell/none.xml", 2, err="--junit requires --check-registry")
 row("check_registry_not_in_memory", stub + "--check-registry", 2, says="--check-registry checks the Java registry "
     "and runs no script; leave out --container-kind 1")
+
+# The JVM's own printing, start-up included, whole where it goes.
+row("jvm_log_in_trace", java + "--jvm-option=-Xlog:gc --trace-file /dev/stderr", 0, stdin=ok,
+    err=r"^\[[0-9.]+s\]\[info\]\[gc\] Using ", forbid="Could not write log")
+row("jvm_start_shown", java + "--jvm-option=-XX:+PrintCommandLineFlags --show-java-errors", 0, stdin=ok,
+    err=r"-XX:\+PrintCommandLineFlags")
+# What Java receives: the recording registry echoes each call.
+row("flag_reaches_java", "--classpath tests/java/legiorrug-recording-registry.jar --show-java-errors "
+    "--jvm-option=-Dlegiorrug.recording.echo=true", 0,
+    stdin=b"setRepositoryDetails a b c true e f 1\nsetRepositoryDetails a b c false e f 2\n",
+    err=r"\(a,b,c,true,e,f,1\)\nISRAdapter.setRepositoryDetails\(a,b,c,false,e,f,2\)\n")
+
+# Ending early: quit or exit, --bail, a Java heap that has run out.
+for word in b"quit", b"exit":
+    row("ends_script", stub, 0, stdin=b"btdExists a\n" + word + b"\nnope\n", out=b"1 btdExists: false\n")
+row("carriage_return_is_a_blank", stub, 0, stdin=b"btdExists\ra\n", out=b"1 btdExists: false\n")
+row("bail", stub + "--bail", 2, stdin=b"btdExists a\nnope\nbtdExists a\n", out=b"1 btdExists: false\n",
+    says='line 2: unknown command "nope" (legiorrug --help lists the commands)')
+os.makedirs(binary + "/tests/shell/values", exist_ok=True)
+open(binary + "/tests/shell/values/1MiB", "w").write("x" * 1048576)
+row("heap_exhausted", "--jvm-option=-Xmx16m", 2, stdin=b"".join(b"createBTD n%d @tests/shell/values/1MiB\n" % i for i in range(100)),
+    err=r"^legiorrug: line ([1-9]|[1-9][0-9]): the Java heap is exhausted; the run stops here, [1-9][0-9]? lines? not "
+    r"run\. A larger heap may help: --jvm-option=-Xmx<size>, for example --jvm-option=-Xmx4g\n\Z")
+
+# Values from files, byte for byte; one record is one line to any reader.
+value = "<d a=\"1\">\\\n\u2028\u2029\u0085\u202e\u200f\u0800\u007f\U0001F600</d>"
+open(binary + "/tests/shell/values/small", "w").write(value)
+shown = b'<d a=\\"1\\">\\\\\\n\\u2028\\u2029\\u0085\\u202e\\u200f\xe0\xa0\x80\\u007f\xf0\x9f\x98\x80</d>'
+uri = b'"uri":"/apiv1/business/businesstransactions/'
+row("value_from_file", stub + "--json", 2, stdin=b"createBTD a @tests/shell/values/small\ngetBTD a\n"
+    b"createBTD '@x' @'tests/shell/values'\ncreateBTD b @nothing\ncreateBTD b @\n",
+    out=b'{"line":1,"op":"createBTD","ok":true,"out":{' + uri + b'a"}}\n{"line":2,"op":"getBTD","ok":true,"out":'
+    b'{"content":"' + shown + b'",' + uri + b'a"}}\n{"line":3,"op":"createBTD","ok":false,"error":{"type":"usage",'
+    b'"text":"cannot read @tests/shell/values: Is a directory"}}\n{"line":4,"op":"createBTD","ok":false,"error":'
+    b'{"type":"usage","text":"cannot read @nothing: No such file or directory"}}\n{"line":5,"op":"createBTD",'
+    b'"ok":false,"error":{"type":"usage","text":"@ needs a file name"}}\n')
+open(binary + "/tests/shell/values/10MB", "w").write(value * 250000)
+for registry in stub, java:
+    row("large_value_from_file", registry + "--json", 0, stdin=b"createBTD big @tests/shell/values/10MB\ngetBTD big\n",
+        out=b'{"line":1,"op":"createBTD","ok":true,"out":{' + uri + b'big"}}\n{"line":2,"op":"getBTD","ok":true,'
+        b'"out":{"content":"' + shown * 250000 + b'",' + uri + b'big"}}\n')
+
+
+def round_trip(first, second):  # a dump run on an empty registry of the second kind and dumped again
+    script, dumps = open(source + "/examples/registry.lgr", "rb").read() + b"createBTD big @tests/shell/values/10MB\n"\
+        b'createBTD "\\ud800 \'\\"\\n\\\\" @tests/shell/values/small\ndump Security\n', []
+    for registry in first, second:
+        done = subprocess.run([program] + (registry + "--json").split(), input=script, capture_output=True, cwd=binary)
+        dumps.append(json.loads(done.stdout.splitlines()[-1])["result"])
+        script = dumps[-1].encode() + b"dump Security\n"
+    diff = difflib.unified_diff(dumps[0][:100000].splitlines(), dumps[1][:100000].splitlines(), lineterm="")
+    return "" if done.returncode == 0 and dumps[0] == dumps[1] else "round trip %s to %s: exit status %d\n%s\n%s" % (
+        first, second, done.returncode, "\n".join(diff), done.stderr.decode())
+
+
+for first, second in (stub, stub), (java, java), (stub, java):
+    runs.append(pool.submit(round_trip, first, second))
+row("dump_text", java, 0, stdin=b"# a comment ends in \\\ncreateBTD a 'x\\'\\\n'y'\ncreateService s n d\n"
+    b"createPolicy T p d\ndump T\n", out=b'2 createBTD: done\n  uri = "/apiv1/business/businesstransactions/a"\n'
+    b'4 createService: done\n5 createPolicy: done\n  uri = "/apiv1/policy/T/p"\n6 dump: 4 lines of script\n# A registry '
+    b'dumped by legiorrug; run it on an empty registry to rebuild it.\ncreateBTD "a" "x\\\\y" '
+    b'"/apiv1/business/businesstransactions/a"\ncreateService "s" "n" "d"\ncreatePolicy "T" "p" "d" "/apiv1/policy/T/p"\n')
 
 # Nothing lost behind a zero exit status.
 row("over_long_line", stub, 2, stdin=b"createBTD a b\n" + b"x" * 1048577 + b"\nbtdExists a\n",

@@ -9,12 +9,6 @@
 
 namespace {
 
-// C0, DEL, C1 and the marks that reorder text on a terminal.
-bool isControl(char16_t unit) {
-  return unit < 0x20 || (unit >= 0x7F && unit <= 0x9F) || unit == 0x061C || unit == 0x200E ||
-         unit == 0x200F || (unit >= 0x202A && unit <= 0x202E) || (unit >= 0x2066 && unit <= 0x2069);
-}
-
 bool isBlank(char16_t unit) {
   return unit == u' ' || unit == u'\t' || unit == u'\r';
 }
@@ -124,23 +118,25 @@ std::variant<Words, LineError> splitLine(std::string_view utf8Line) {
     return words;
   }
   while (i < line.size()) {
-    std::u16string word;
+    Word word;
+    word.fromFile = line[i] == u'@';
+    i += word.fromFile ? 1 : 0;
     while (i < line.size() && !isBlank(line[i])) {
       if (line[i] == u'\'') {
         std::size_t close = line.find(u'\'', i + 1);
         if (close == std::u16string_view::npos) {
           return errorAt(line, i, "unterminated ' quote");
         }
-        word.append(line.substr(i + 1, close - i - 1));
+        word.text.append(line.substr(i + 1, close - i - 1));
         i = close + 1;
       } else if (line[i] == u'"') {
-        auto next = readDoubleQuoted(line, i, word);
+        auto next = readDoubleQuoted(line, i, word.text);
         if (auto* error = std::get_if<LineError>(&next)) {
           return *error;
         }
         i = std::get<std::size_t>(next);
       } else {
-        word += line[i++];
+        word.text += line[i++];
       }
     }
     words.push_back(std::move(word));
@@ -149,8 +145,29 @@ std::variant<Words, LineError> splitLine(std::string_view utf8Line) {
   return words;
 }
 
+bool continues(std::string_view utf8Line) {
+  std::size_t start = utf8Line.find_first_not_of(" \t\r");
+  if (start == std::string_view::npos || utf8Line[start] == '#') {
+    return false;
+  }
+  char open = '\0';
+  for (std::size_t i = start; i < utf8Line.size(); ++i) {
+    char c = utf8Line[i];
+    if (open == '\0' && (c == '\'' || c == '"')) {
+      open = c;
+    } else if (c == open) {
+      open = '\0';
+    } else if (c == '\\' && open != '\'') {
+      if (i + 1 == utf8Line.size()) {
+        return open == '\0';
+      }
+      i += open == '"' ? 1 : 0;
+    }
+  }
+  return false;
+}
+
 std::string quote(std::u16string_view text) {
-  static const char hex[] = "0123456789abcdef";
   std::string out = "\"";
   for (std::size_t i = 0; i < text.size(); ++i) {
     char16_t unit = text[i];
@@ -168,14 +185,15 @@ std::string quote(std::u16string_view text) {
     } else if (unit == u'\t') {
       out += "\\t";
     } else if (isControl(unit) || isHighSurrogate(unit) || isLowSurrogate(unit)) {
-      out += "\\u";
-      for (int shift = 12; shift >= 0; shift -= 4) {
-        out += hex[(unit >> shift) & 0xF];
-      }
+      appendEscape(out, unit);
     } else {
       appendUtf8(out, unit);
     }
   }
   out += '"';
   return out;
+}
+
+std::string quote(const Word& word) {
+  return (word.fromFile ? "@" : "") + quote(word.text);
 }

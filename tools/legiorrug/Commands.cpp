@@ -1,11 +1,15 @@
 #include "Commands.hpp"
 
+#include "Dump.hpp"
 #include "Utf.hpp"
 
 #include <KorISRAdapterStub.hpp>
 #include <KorWstringText.hpp>
 
+#include <cerrno>
 #include <charconv>
+#include <cstdio>
+#include <cstring>
 #include <limits>
 
 KorWstring Arguments::text(std::size_t index) const {
@@ -63,7 +67,7 @@ using A = KorISRAdapter;
 using Args = Arguments;
 using Out = Outcome;
 
-// The adapter's operations in their interface order, then the stub's reset.
+// The adapter's operations in their interface order, then the shell's own.
 const std::vector<Command> table = {
     {"migratePoliciesFromISR", "", [](A& a, const Args&, Out&) { a.migratePoliciesFromISR(); }},
     {"createPolicy", "TYPE NAME DOCUMENT [URI]",
@@ -123,6 +127,10 @@ const std::vector<Command> table = {
     {"deleteService", "NAME", [](A& a, const Args& x, Out&) { a.deleteService(x.text(0)); }},
     {"stopMessageFlow", "T1 T2 T3 T4",
      [](A& a, const Args& x, Out&) { a.stopMessageFlow(x.text(0), x.text(1), x.text(2), x.text(3)); }},
+    {"dump", "[TYPE...]",
+     [](A& a, const Args& x, Out& o) { o.result = Script{dumpRegistry(a, x.textsFrom(0))}; }},
+    {"quit", "", nullptr},
+    {"exit", "", nullptr},
     {"reset", "",
      [](A& a, const Args&, Out&) {
        auto* stub = dynamic_cast<KorISRAdapterStub*>(&a);
@@ -186,6 +194,37 @@ int Report::status() const {
 
 namespace {
 
+// The file's content as UTF-8, byte for byte.
+std::u16string readFile(const std::u16string& fileName) {
+  std::string path = toWtf8(fileName);
+  if (path.empty()) {
+    throw UsageError{"@ needs a file name"};
+  }
+  std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "re"), std::fclose);
+  std::string content;
+  char buffer[65536];
+  std::size_t size = 0;
+  while (file != nullptr && (size = std::fread(buffer, 1, sizeof buffer, file.get())) > 0) {
+    content.append(buffer, size);
+  }
+  if (file == nullptr || std::ferror(file.get())) {
+    throw UsageError{"cannot read @" + path + ": " + std::strerror(errno)};
+  }
+  try {
+    return std::u16string(KorWstringText::view(KorWstringText::fromUtf8(content)));
+  } catch (const KorWstringEncodingError& error) {
+    throw UsageError{"@" + path + " is not UTF-8 (byte " + std::to_string(error.offset() + 1) + ")"};
+  }
+}
+
+std::vector<std::u16string> values(const Words& words) {
+  std::vector<std::u16string> values;
+  for (const Word& word : words) {
+    values.push_back(word.fromFile ? readFile(word.text) : word.text);
+  }
+  return values;
+}
+
 const Command* find(const std::u16string& name) {
   for (const Command& candidate : table) {
     if (name.size() == candidate.name.size() &&
@@ -205,12 +244,12 @@ std::optional<Report> run(KorISRAdapter& adapter, std::size_t lineNumber, std::s
   if (words.empty()) {
     return std::nullopt;
   }
-  std::u16string name = words.front();
+  Word name = words.front();
   words.erase(words.begin());
   Report report;
   report.line = lineNumber;
-  report.op = toWtf8(name);
-  const Command* command = find(name);
+  report.op = toWtf8(name.text);
+  const Command* command = name.fromFile ? nullptr : find(name.text);
   if (command == nullptr) {
     report.failure = UsageError{"unknown command " + quote(name) + " (legiorrug --help lists the commands)"};
     return report;
@@ -220,8 +259,11 @@ std::optional<Report> run(KorISRAdapter& adapter, std::size_t lineNumber, std::s
     report.failure = UsageError{describeCount(*command) + ", not " + std::to_string(words.size())};
     return report;
   }
+  report.endsInput = command->run == nullptr;
   try {
-    command->run(adapter, Arguments(words, command->parameters), report.outcome);
+    if (!report.endsInput) {
+      command->run(adapter, Arguments(values(words), command->parameters), report.outcome);
+    }
   } catch (const UsageError& error) {
     report.outcome = Outcome();
     report.failure = error;

@@ -15,9 +15,14 @@
 #include <variant>
 #include <vector>
 
+// Lines of this shell's commands, as UTF-8.
+struct Script {
+  std::string text;
+};
+
 // A value that an operation returns or leaves in a parameter.
-using Value =
-    std::variant<bool, KorWstring, std::vector<KorWstring>, KorISRService, std::vector<KorISRService>>;
+using Value = std::variant<bool, KorWstring, std::vector<KorWstring>, KorISRService,
+                           std::vector<KorISRService>, Script>;
 
 // A line that cannot be run: the operation is not called.
 struct UsageError {
@@ -37,11 +42,13 @@ struct Outcome {
   }
 };
 
-// The words after the command word; the count is checked before a command runs.
+// The values after the command word, a file's content for a word written
+// @FILE; the count is checked before a command runs.
 class Arguments {
 public:
   // parameters: the command's, to name an argument in a message.
-  Arguments(const Words& words, std::string_view parameters) : words_(words), parameters_(parameters) {}
+  Arguments(const std::vector<std::u16string>& words, std::string_view parameters)
+      : words_(words), parameters_(parameters) {}
 
   KorWstring text(std::size_t index) const;
   // Empty when not given.
@@ -54,7 +61,7 @@ public:
 private:
   UsageError badValue(std::size_t index, const std::string& expected) const;
 
-  const Words& words_;
+  const std::vector<std::u16string>& words_;
   std::string_view parameters_;
 };
 
@@ -63,6 +70,7 @@ struct Command {
   // For people and for the argument count: a word in [] is optional, and
   // one ending in "...]" takes any number of words.
   std::string_view parameters;
+  // None for the commands that end the input.
   void (*run)(KorISRAdapter& adapter, const Arguments& arguments, Outcome& outcome);
 };
 
@@ -83,6 +91,7 @@ struct Report {
   std::optional<std::string> op; // the command word, when the line has one
   Outcome outcome;
   Failure failure;
+  bool endsInput = false; // quit or exit: nothing ran, nothing to show
 
   bool ok() const { return std::holds_alternative<std::monostate>(failure); }
   // 0 done, 1 the operation raised, 2 the line could not be run.

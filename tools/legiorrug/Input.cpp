@@ -8,6 +8,8 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <iostream>
+#include <utility>
 
 #include <editline/readline.h>
 #include <poll.h>
@@ -22,10 +24,40 @@ public:
 
   Read next(std::string& line) override {
     line.clear();
+    number_ = pieces_ + 1;
+    Read read = Read::line;
+    std::size_t start = 0;
+    while ((read = readPiece(line)) == Read::line && continues(std::string_view(line).substr(start))) {
+      line.pop_back();
+      start = line.size();
+    }
+    return read == Read::end && number_ <= pieces_ ? Read::line : read;
+  }
+
+  std::size_t lineNumber() const override { return number_; }
+
+  std::optional<std::size_t> skipRest() override {
+    std::size_t count = 0;
+    int c = 0;
+    int last = '\n';
+    while ((c = getc_unlocked(file_)) != EOF) {
+      count += c == '\n' ? 1 : 0;
+      last = c;
+    }
+    if (std::ferror(file_)) {
+      throw LostData("cannot read " + name_ + ": " + std::strerror(errno));
+    }
+    return count + (last == '\n' ? 0 : 1);
+  }
+
+private:
+  // Appends the next physical line, which alone must fit maxLineBytes.
+  Read readPiece(std::string& line) {
+    const std::size_t start = line.size();
     bool tooLong = false;
     int c = 0;
     while ((c = getc_unlocked(file_)) != EOF && c != '\n') {
-      if (line.size() < maxLineBytes) {
+      if (line.size() - start < maxLineBytes) {
         line += static_cast<char>(c);
       } else {
         tooLong = true;
@@ -34,27 +66,30 @@ public:
     if (c == EOF && std::ferror(file_)) {
       throw LostData("cannot read " + name_ + ": " + std::strerror(errno));
     }
-    if (c == EOF && line.empty() && !tooLong) {
+    if (c == EOF && line.size() == start && !tooLong) {
       return Read::end;
     }
-    if (first_ && line.compare(0, 3, "\xEF\xBB\xBF") == 0) {
+    if (pieces_++ == 0 && line.compare(0, 3, "\xEF\xBB\xBF") == 0) {
       line.erase(0, 3);
     }
-    first_ = false;
     return tooLong ? Read::tooLong : Read::line;
   }
 
-private:
   std::FILE* file_;
   std::string name_;
-  bool first_ = true;
+  std::size_t pieces_ = 0; // physical lines read
+  std::size_t number_ = 0;
 };
 
-volatile std::sig_atomic_t interrupted = 0;
+// Ctrl-C at a terminal, counted: each part of a session compares the count
+// with the one it started at.
+volatile std::sig_atomic_t interruptions = 0;
 
 void onInterrupt(int) {
-  interrupted = 1;
+  interruptions = interruptions + 1;
 }
+
+std::sig_atomic_t readStart = 0;
 
 // Reads one key for the line editor. SIGINT is blocked except inside ppoll, so
 // a Ctrl-C at any moment of the read ends it instead of being retried away.
@@ -66,11 +101,11 @@ int readKey(std::FILE* stream) {
   pthread_sigmask(SIG_BLOCK, &interrupt, &previous);
   pollfd input{fileno(stream), POLLIN, 0};
   int ready = 0;
-  while (interrupted == 0 && (ready = ppoll(&input, 1, nullptr, &previous)) < 0 && errno == EINTR) {
+  while (interruptions == readStart && (ready = ppoll(&input, 1, nullptr, &previous)) < 0 && errno == EINTR) {
   }
   pthread_sigmask(SIG_SETMASK, &previous, nullptr);
   unsigned char key = 0;
-  if (interrupted != 0 || ready < 0 || read(input.fd, &key, 1) != 1) {
+  if (interruptions != readStart || ready < 0 || read(input.fd, &key, 1) != 1) {
     return EOF;
   }
   return key;
@@ -95,6 +130,55 @@ char** complete(const char* prefix, int start, int) {
   return start == 0 ? rl_completion_matches(prefix, nextCommandName) : nullptr;
 }
 
+// Standard output at a terminal: a command's output goes out in small writes,
+// and a Ctrl-C once it has begun drops the rest of it.
+class DroppingOutput : public std::streambuf {
+public:
+  // The bytes dropped since the last call; what follows is a new command's output.
+  std::size_t restart() {
+    started_ = false;
+    return std::exchange(dropped_, 0);
+  }
+
+protected:
+  int overflow(int c) override {
+    if (c != traits_type::eof()) {
+      pending_ += static_cast<char>(c);
+    }
+    return traits_type::not_eof(c);
+  }
+
+  std::streamsize xsputn(const char* data, std::streamsize size) override {
+    pending_.append(data, static_cast<std::size_t>(size));
+    return size;
+  }
+
+  int sync() override {
+    if (!started_) {
+      started_ = true;
+      outputStart_ = interruptions;
+    }
+    std::size_t sent = 0;
+    while (sent < pending_.size() && interruptions == outputStart_) {
+      ssize_t written =
+          write(STDOUT_FILENO, pending_.data() + sent, std::min<std::size_t>(pending_.size() - sent, 4096));
+      if (written < 0 && errno != EINTR) {
+        return -1;
+      }
+      sent += written > 0 ? static_cast<std::size_t>(written) : 0;
+    }
+    dropped_ += pending_.size() - sent;
+    pending_.clear();
+    return 0;
+  }
+
+private:
+  std::string pending_;
+  bool started_ = false;
+  std::sig_atomic_t outputStart_ = 0;
+  std::size_t dropped_ = 0;
+};
+
 class TerminalInput : public Input {
 public:
   explicit TerminalInput(const TerminalOptions& options) : options_(options) {
@@ -106,32 +190,49 @@ public:
       stifle_history(1000);
       read_history(options_.historyFile.c_str());
     }
-    // No SA_RESTART: Ctrl-C at the prompt ends the read, which cancels the line.
+    // No SA_RESTART: Ctrl-C at the prompt ends the read, which cancels the
+    // line, and ends a write to the terminal.
     struct sigaction action {};
     action.sa_handler = onInterrupt;
     sigaction(SIGINT, &action, nullptr);
+    if (isatty(STDOUT_FILENO) != 0) {
+      std::cout.flush();
+      standardOutput_ = std::cout.rdbuf(&output_);
+    }
   }
 
   ~TerminalInput() override {
+    if (standardOutput_ != nullptr) {
+      std::cout.rdbuf(standardOutput_);
+    }
     if (!options_.historyFile.empty()) {
       write_history(options_.historyFile.c_str());
     }
   }
 
+  std::optional<std::size_t> skipRest() override { return std::nullopt; }
+
+  std::size_t lineNumber() const override { return number_; }
+
   Read next(std::string& line) override {
     for (;;) {
-      if (interrupted != 0) {
+      std::size_t dropped = output_.restart();
+      if (dropped > 0) {
+        std::fprintf(options_.prompts, "legiorrug: interrupted; %zu bytes of output dropped\n", dropped);
+      } else if (interruptions != readStart) {
         std::fputs("legiorrug: interrupted; the operation had run to its end\n", options_.prompts);
       }
-      interrupted = 0;
+      readStart = interruptions;
       char* text = readline("legiorrug> ");
-      if (text == nullptr && interrupted == 0) {
+      bool cancelled = interruptions != readStart;
+      readStart = interruptions;
+      if (text == nullptr && !cancelled) {
         std::fputc('\n', options_.prompts);
         return Read::end;
       }
       line = text == nullptr ? "" : text;
       std::free(text);
-      if (interrupted != 0) {
+      if (cancelled) {
         std::fputs("^C\n", options_.prompts);
         continue;
       }
@@ -140,16 +241,11 @@ public:
       }
       auto words = splitLine(line);
       const Words* split = std::get_if<Words>(&words);
-      if (split == nullptr || split->empty() || split->size() > 2) {
+      if (split == nullptr || split->empty() || split->size() > 2 || split->front() != Word{u"help"}) {
+        ++number_;
         return Read::line;
       }
-      if (split->front() == u"quit" || split->front() == u"exit") {
-        return Read::end;
-      }
-      if (split->front() != u"help") {
-        return Read::line;
-      }
-      help(split->size() == 2 ? toWtf8(split->back()) : "");
+      help(split->size() == 2 ? toWtf8(split->back().text) : "");
     }
   }
 
@@ -166,11 +262,14 @@ private:
       std::fprintf(options_.prompts, "legiorrug: no command %s\n", name.c_str());
     }
     if (name.empty()) {
-      std::fputs("  help [COMMAND]\n  quit, exit or Ctrl-D\n", options_.prompts);
+      std::fputs("  help [COMMAND]\n", options_.prompts);
     }
   }
 
   TerminalOptions options_;
+  std::size_t number_ = 0;
+  DroppingOutput output_;
+  std::streambuf* standardOutput_ = nullptr;
 };
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -23,7 +24,13 @@ public:
   virtual ~Input() = default;
   // The next line without its newline; tooLong skips the rest of a line
   // over maxLineBytes.
+  // A script line that ends in an unquoted backslash goes on in the next.
   virtual Read next(std::string& line) = 0;
+  // The number of the line next gave last (of its first line, when it goes on).
+  virtual std::size_t lineNumber() const = 0;
+  // Reads the rest without running it: how many lines were left, where
+  // they can be counted without asking a person.
+  virtual std::optional<std::size_t> skipRest() = 0;
 };
 
 // A script or a pipe; a UTF-8 byte-order mark at its start is skipped.

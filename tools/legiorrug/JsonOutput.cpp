@@ -10,43 +10,29 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 // Texts go into the document as WTF-8, which nlohmann's own dump rejects, so
-// the document is written here: a lone surrogate becomes a \u escape.
+// the document is written here: a lone surrogate becomes a \u escape, and so
+// does every control, so that one record is one line to any reader.
 void writeString(std::ostream& out, const std::string& wtf8) {
-  static const char hex[] = "0123456789abcdef";
-  out << '"';
-  for (std::size_t i = 0; i < wtf8.size(); ++i) {
-    auto byte = static_cast<unsigned char>(wtf8[i]);
-    bool surrogate =
-        byte == 0xED && i + 2 < wtf8.size() && (static_cast<unsigned char>(wtf8[i + 1]) & 0xE0) == 0xA0;
-    unsigned escaped = 0;
-    if (surrogate) {
-      escaped = 0xD000 | (static_cast<unsigned char>(wtf8[i + 1]) & 0x3F) << 6 |
-                (static_cast<unsigned char>(wtf8[i + 2]) & 0x3F);
-      i += 2;
-    } else if (byte == '"' || byte == '\\') {
-      out << '\\' << static_cast<char>(byte);
-      continue;
-    } else if (byte == '\n') {
-      out << "\\n";
-      continue;
-    } else if (byte == '\r') {
-      out << "\\r";
-      continue;
-    } else if (byte == '\t') {
-      out << "\\t";
-      continue;
-    } else if (byte >= 0x20) {
-      out << static_cast<char>(byte);
-      continue;
+  std::string escaped = "\"";
+  for (std::size_t i = 0; i < wtf8.size();) {
+    std::size_t start = i;
+    char32_t codePoint = nextCodePoint(wtf8, i);
+    if (codePoint == '"' || codePoint == '\\') {
+      escaped += '\\';
+      escaped += static_cast<char>(codePoint);
+    } else if (codePoint == '\n') {
+      escaped += "\\n";
+    } else if (codePoint == '\r') {
+      escaped += "\\r";
+    } else if (codePoint == '\t') {
+      escaped += "\\t";
+    } else if (isControl(codePoint) || (codePoint >= 0xD800 && codePoint <= 0xDFFF)) {
+      appendEscape(escaped, codePoint);
     } else {
-      escaped = byte;
-    }
-    out << "\\u";
-    for (int shift = 12; shift >= 0; shift -= 4) {
-      out << hex[(escaped >> shift) & 0xF];
+      escaped.append(wtf8, start, i - start);
     }
   }
-  out << '"';
+  out << escaped << '"';
 }
 
 void writeJson(std::ostream& out, const Json& value) {
@@ -101,6 +87,7 @@ Json toJson(const Value& value) {
     Json operator()(const KorWstring& value) const { return text(value); }
     Json operator()(const std::vector<KorWstring>& values) const { return texts(values); }
     Json operator()(const KorISRService& value) const { return service(value); }
+    Json operator()(const Script& script) const { return script.text; }
     Json operator()(const std::vector<KorISRService>& values) const {
       Json array = Json::array();
       for (const KorISRService& value : values) {

@@ -21,10 +21,15 @@ std::string commandList() {
   for (const Command& command : commands()) {
     text += "  " + usage(command) + "\n";
   }
-  return text + "At a terminal: help [COMMAND], quit or exit (Ctrl-D too), Tab completes a command name,\n"
-                "Ctrl-C cancels the line.\n"
-                "Exit status: 0 every command succeeded, 1 an operation raised, 2 a line could not be run,\n"
-                "the registry could not be started, or input, output or trace was lost.";
+  return text +
+         "An argument written @FILE takes its value from the file, read as UTF-8 ('@...' stays as "
+         "it is).\nquit and exit end the input. At a terminal: help [COMMAND], Ctrl-D ends the input, "
+         "Tab completes a\ncommand name, Ctrl-C cancels the line or drops the rest of a command's output.\n"
+         "In a script, a line that ends in a backslash outside quotes goes on in the next.\n"
+         "dump writes a script that rebuilds the registry: its BTDs, services and the policies of "
+         "each TYPE.\nA Java heap that runs out ends the run.\n"
+         "Exit status: 0 every command succeeded, 1 an operation raised, 2 a line could not be run,\n"
+         "the registry could not be started, or input, output or trace was lost.";
 }
 
 // CLI11 takes an empty --name= as no value and the next word as the value.
@@ -78,8 +83,9 @@ std::variant<Options, int> parseOptions(int argc, char** argv) {
       ->allow_extra_args(false)
       ->check(nonEmpty);
   app.add_option("--trace", options.trace,
-                 "Trace level: 0 to 2 only system errors, 3 every call's entry, exit and trace items, "
-                 "4 and 5 debug items too, such as the Java class lookup")
+                 "Trace level: 0 to 2 only system errors; 3 trace items too, and the entry and exit of "
+                 "the in-memory registry's calls; 4 and 5 debug items too: the entry and exit of the Java "
+                 "registry's calls, the Java class lookup")
       ->type_name("LEVEL")
       ->check(CLI::Range(0, 5));
   app.add_option("--trace-file", options.traceFile,
@@ -90,6 +96,7 @@ std::variant<Options, int> parseOptions(int argc, char** argv) {
   app.add_flag("--json", options.json, "One JSON object per command line on standard output");
   app.add_flag("--show-java-errors", options.showJavaErrors,
                "Let the JVM and the Java side print to standard error (hidden by default)");
+  app.add_flag("--bail", options.bail, "End the run at the first line that fails");
   CLI::Option* check = app.add_flag(
       "--check-registry", options.checkRegistry,
       "Instead of running commands, check the Java registry on the class path against each "
@@ -117,8 +124,11 @@ std::variant<Options, int> parseOptions(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    int status = app.exit(error);
-    return status == 0 ? 0 : 2;
+    if (error.get_exit_code() == 0) {
+      return app.exit(error); // --help or --version
+    }
+    std::cerr << "legiorrug: " << error.what() << " (legiorrug --help lists the options)\n";
+    return 2;
   }
   return options;
 }

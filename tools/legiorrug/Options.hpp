@@ -16,6 +16,7 @@ struct Options {
   bool json = false;
   bool showJavaErrors = false;
   bool noHistory = false;
+  bool bail = false;
   std::string scriptFile; // empty or "-": standard input
   bool checkRegistry = false;
   std::string junitFile;

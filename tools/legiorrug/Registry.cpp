@@ -15,7 +15,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
+#include <mutex>
 
 namespace {
 
@@ -51,30 +53,52 @@ std::string describe(const KorException& error) {
   return text;
 }
 
-// What the JVM prints while it starts is kept for the message when it fails;
-// after that it goes where the options say.
+// What the JVM prints while it starts is kept for the message when it fails,
+// and passed on once it has started; after that it goes where the options say.
+// The JVM prints from its own threads too.
 struct JvmText {
+  std::mutex mutex;
   bool starting = true;
   std::string startText;
   std::string options;
   bool show = false;
   TraceSink* trace = nullptr;
+
+  void passOn(const std::string& text) const {
+    if (show) {
+      std::fwrite(text.data(), 1, text.size(), stderr);
+    } else if (trace != nullptr) {
+      trace->print(text);
+    }
+  }
 } jvmText;
 
 jint JNICALL jvmPrint(FILE*, const char* format, va_list arguments) {
-  if (jvmText.starting) {
-    char buffer[1024];
-    int size = std::vsnprintf(buffer, sizeof buffer, format, arguments);
-    jvmText.startText.append(buffer, std::min<std::size_t>(std::max(size, 0), sizeof buffer - 1));
+  va_list copy;
+  va_copy(copy, arguments);
+  int size = std::vsnprintf(nullptr, 0, format, copy);
+  va_end(copy);
+  if (size <= 0) {
     return size;
   }
-  if (jvmText.show) {
-    return std::vfprintf(stderr, format, arguments);
+  std::string text(static_cast<std::size_t>(size), '\0');
+  std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+  std::lock_guard<std::mutex> lock(jvmText.mutex);
+  if (jvmText.starting) {
+    jvmText.startText += text;
+  } else {
+    jvmText.passOn(text);
   }
-  if (jvmText.trace != nullptr) {
-    jvmText.trace->print(format, arguments);
-  }
-  return 0;
+  // The count written: the JVM takes less as a failed write.
+  return size;
+}
+
+void jvmStarted(const Options& options, TraceSink* trace) {
+  std::lock_guard<std::mutex> lock(jvmText.mutex);
+  jvmText.starting = false;
+  jvmText.show = options.showJavaErrors;
+  jvmText.trace = options.traceFile.empty() ? nullptr : trace;
+  jvmText.passOn(jvmText.startText);
 }
 
 std::string startFailure(const std::string& otherwise) {
@@ -201,6 +225,35 @@ private:
   std::string javaError_;
 };
 
+// The JVM skips an entry it cannot use without a word, and the registry then
+// comes from the bundled jars while its user believes it tests their own.
+void checkClassPath(const std::vector<std::string>& entries) {
+  for (const std::string& entry : entries) {
+    std::error_code error;
+    fs::file_status status = fs::status(entry, error);
+    if (!fs::exists(status)) {
+      throw StartError("--classpath " + entry + ": no such file or folder");
+    }
+    if (fs::is_directory(status)) {
+      fs::directory_iterator listing(entry, error);
+      if (error) {
+        throw StartError("--classpath " + entry + ": cannot read the folder: " + error.message());
+      }
+      continue;
+    }
+    std::ifstream jar(entry, std::ios::binary);
+    char magic[4] = {};
+    if (!jar.read(magic, sizeof magic) && !jar.eof()) {
+      throw StartError("--classpath " + entry + ": cannot read it");
+    }
+    // A jar is a zip archive: a local file header, or the end record of an empty one.
+    if (std::string_view(magic, 4) != std::string_view("PK\3\4", 4) &&
+        std::string_view(magic, 4) != std::string_view("PK\5\6", 4)) {
+      throw StartError("--classpath " + entry + ": neither a jar nor a folder of classes");
+    }
+  }
+}
+
 KorISRAdapter& startJavaAdapter(const std::vector<std::string>& classPath) {
   const int level = KorLog::iEffectiveLogFilter;
   std::shared_ptr<KorLogSink> sink = KorLogSink::install(nullptr);
@@ -241,6 +294,7 @@ KorISRAdapter& startRegistry(const Options& options, TraceSink* trace) {
 
   std::vector<std::string> classPath = options.classPath;
   if (options.containerKind != 1) {
+    checkClassPath(options.classPath);
     std::vector<std::string> jars = bundledJars();
     if (jars.empty()) {
       std::cerr
@@ -259,9 +313,7 @@ KorISRAdapter& startRegistry(const Options& options, TraceSink* trace) {
     } catch (const KorException& error) {
       throw StartError(startFailure(describe(error)));
     }
-    jvmText.starting = false;
-    jvmText.show = options.showJavaErrors;
-    jvmText.trace = options.traceFile.empty() ? nullptr : trace;
+    jvmStarted(options, trace);
     if (!options.showJavaErrors) {
       routeJavaErrors(options.traceFile);
     }

@@ -3,6 +3,8 @@
 
 #include "CommandLine.hpp"
 
+#include <algorithm>
+
 namespace {
 
 std::string text(const KorWstring& value) {
@@ -22,6 +24,9 @@ void writeValue(std::ostream& out, const Value& value, const std::string& indent
     out << text(*single) << '\n';
   } else if (auto* record = std::get_if<KorISRService>(&value)) {
     out << service(*record) << '\n';
+  } else if (auto* script = std::get_if<Script>(&value)) {
+    auto lines = std::count(script->text.begin(), script->text.end(), '\n');
+    out << lines << (lines == 1 ? " line of script\n" : " lines of script\n") << script->text;
   } else if (auto* list = std::get_if<std::vector<KorWstring>>(&value)) {
     out << list->size() << (list->size() == 1 ? " text\n" : " texts\n");
     for (const KorWstring& item : *list) {

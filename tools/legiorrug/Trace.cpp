@@ -2,6 +2,7 @@
 #include <KorLogSink.hpp>
 
 #include "Input.hpp"
+#include "Utf.hpp"
 
 #include <cerrno>
 #include <cstring>
@@ -20,22 +21,14 @@ TraceSink::~TraceSink() {
   }
 }
 
+// Escaped as text output escapes, so that a record is one line a terminal
+// shows as it is.
 void TraceSink::write(const KorLogRecord& record) {
-  put(toString(record) + '\n');
-}
-
-void TraceSink::print(const char* format, va_list arguments) {
-  va_list copy;
-  va_copy(copy, arguments);
-  int size = std::vsnprintf(nullptr, 0, format, copy);
-  va_end(copy);
-  std::string text(size > 0 ? static_cast<std::size_t>(size) : 0, '\0');
-  std::vsnprintf(text.data(), text.size() + 1, format, arguments);
-  put(text);
+  print(escapeWideControls(toString(record)) + '\n');
 }
 
 // A failed write must not fail the traced operation; the run loop checks.
-void TraceSink::put(const std::string& text) {
+void TraceSink::print(const std::string& text) {
   std::lock_guard<std::mutex> lock(mutex_);
   if (std::fwrite(text.data(), 1, text.size(), file_) != text.size() || std::fflush(file_) != 0) {
     error_ = error_ == 0 ? errno : error_;

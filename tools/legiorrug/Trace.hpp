@@ -3,7 +3,6 @@
 #include <KorLog.hpp>
 #include <KorLogSink.hpp>
 
-#include <cstdarg>
 #include <cstdio>
 #include <mutex>
 #include <string>
@@ -21,14 +20,12 @@ public:
   TraceSink& operator=(const TraceSink&) = delete;
 
   void write(const KorLogRecord& record) override;
-  // Text the JVM prints, kept with the trace.
-  void print(const char* format, va_list arguments);
+  // Text the JVM prints, kept with the trace as it is.
+  void print(const std::string& text);
   // Throws LostData when a write has failed since the last check.
   void check();
 
 private:
-  void put(const std::string& text);
-
   std::mutex mutex_;
   std::FILE* file_;
   std::string name_;

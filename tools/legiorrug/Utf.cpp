@@ -33,3 +33,45 @@ std::string toWtf8(std::u16string_view text) {
   }
   return out;
 }
+
+bool isControl(char32_t codePoint) {
+  return codePoint < 0x20 || (codePoint >= 0x7F && codePoint <= 0x9F) || codePoint == 0x061C ||
+         codePoint == 0x200E || codePoint == 0x200F || (codePoint >= 0x2028 && codePoint <= 0x202E) ||
+         (codePoint >= 0x2066 && codePoint <= 0x2069);
+}
+
+void appendEscape(std::string& out, char32_t unit) {
+  static const char hex[] = "0123456789abcdef";
+  out += "\\u";
+  for (int shift = 12; shift >= 0; shift -= 4) {
+    out += hex[(unit >> shift) & 0xF];
+  }
+}
+
+char32_t nextCodePoint(std::string_view utf8, std::size_t& i) {
+  auto byte = [&utf8](std::size_t at) -> char32_t { return static_cast<unsigned char>(utf8[at]); };
+  char32_t lead = byte(i);
+  std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 1;
+  length = i + length > utf8.size() ? 1 : length;
+  char32_t codePoint = length == 1 ? lead : lead & (0x7F >> length);
+  for (std::size_t k = 1; k < length; ++k) {
+    codePoint = codePoint << 6 | (byte(i + k) & 0x3F);
+  }
+  i += length;
+  return codePoint;
+}
+
+std::string escapeWideControls(std::string_view utf8) {
+  std::string out;
+  out.reserve(utf8.size());
+  for (std::size_t i = 0; i < utf8.size();) {
+    std::size_t start = i;
+    char32_t codePoint = nextCodePoint(utf8, i);
+    if (codePoint > 0x7F && isControl(codePoint)) {
+      appendEscape(out, codePoint);
+    } else {
+      out.append(utf8.substr(start, i - start));
+    }
+  }
+  return out;
+}

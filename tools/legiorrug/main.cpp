@@ -9,6 +9,7 @@
 #include "Registry.hpp"
 #include "Trace.hpp"
 #include <KorLogSink.hpp>
+#include <KorWstringText.hpp>
 
 #include <algorithm>
 #include <cerrno>
@@ -70,24 +71,53 @@ void checkWritten(TraceSink* trace) {
   }
 }
 
-// Runs every line; a line that cannot be run is reported and the next one runs.
-int run(Input& input, KorISRAdapter& adapter, Output& output, TraceSink* trace) {
+// A Java heap that has run out fails every later line too, each after long
+// garbage collection, so the run ends there.
+bool heapExhausted(const Report& report) {
+  auto* raised = std::get_if<std::shared_ptr<const KorException>>(&report.failure);
+  if (raised == nullptr || !(*raised)->isFatal()) {
+    return false;
+  }
+  const std::vector<KorWstring> inserts = (*raised)->textInserts();
+  return std::any_of(inserts.begin(), inserts.end(), [](const KorWstring& insert) {
+    return insert == KorWstringText::fromUtf16(u"Java heap space") ||
+           insert == KorWstringText::fromUtf16(u"GC overhead limit exceeded");
+  });
+}
+
+// Runs every line; a line that cannot be run is reported and the next one
+// runs, unless bail says to stop at the first failure.
+int run(Input& input, KorISRAdapter& adapter, Output& output, TraceSink* trace, bool bail) {
   int status = 0;
   std::string line;
-  for (std::size_t number = 1;; ++number) {
+  for (;;) {
     Read read = input.next(line);
     if (read == Read::end) {
       break;
     }
+    std::size_t number = input.lineNumber();
     std::optional<Report> report =
         read == Read::line
             ? runLine(adapter, number, line)
             : Report::usage(number, "the line is longer than " + std::to_string(maxLineBytes) + " bytes");
+    if (report && report->endsInput) {
+      break;
+    }
     if (report) {
       output.write(*report);
       status = std::max(status, report->status());
     }
     checkWritten(trace);
+    if (report && heapExhausted(*report)) {
+      std::optional<std::size_t> left = input.skipRest();
+      std::cerr << "legiorrug: line " << number << ": the Java heap is exhausted; the run stops here"
+                << (left ? ", " + std::to_string(*left) + (*left == 1 ? " line" : " lines") + " not run" : "")
+                << ". A larger heap may help: --jvm-option=-Xmx<size>, for example --jvm-option=-Xmx4g\n";
+      return 2;
+    }
+    if (bail && status != 0) {
+      break;
+    }
   }
   return status;
 }
@@ -113,7 +143,7 @@ int main(int argc, char** argv) {
     KorISRAdapter& adapter = startRegistry(options, trace.get());
     std::unique_ptr<Output> output =
         options.json ? makeJsonOutput(std::cout) : makeTextOutput(std::cout, std::cerr);
-    return run(*input, adapter, *output, trace.get());
+    return run(*input, adapter, *output, trace.get(), options.bail);
   } catch (const std::exception& error) {
     std::cerr << "legiorrug: " << error.what() << '\n';
     return 2;

@@ -18,6 +18,8 @@ import java.util.stream.Collectors;
  * "[a,null]" an array of records built from each name, "null" a null element;
  * "known|number|text|insert..." an LxRecoverableException ("~" a null text or insert,
  * "!" an insert whose toString throws); "other" an IllegalStateException; "fatal" an Error.
+ * With -Dlegiorrug.recording.echo=true each call is printed to System.err as
+ * well, for hosts that cannot read the log.
  */
 public final class Script {
     private static final Map<String, String> ANSWERS = new HashMap<>();
@@ -45,6 +47,9 @@ public final class Script {
     public static synchronized Object answer(String call, Object fallback, Function<String, Object> record,
             Object... args) throws LxRecoverableException {
         LOG.add(call + Arrays.stream(args).map(String::valueOf).collect(Collectors.joining(",", "(", ")")));
+        if (Boolean.getBoolean("legiorrug.recording.echo")) {
+            System.err.println(LOG.get(LOG.size() - 1));
+        }
         String answer = ANSWERS.get(call);
         if (answer == null) {
             return fallback;
