@@ -1,6 +1,7 @@
 #include <KorWstring.hpp>
 #include <KorWstringText.hpp>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -8,6 +9,8 @@
 #include <vector>
 
 namespace {
+
+using testing::AllOf, testing::HasSubstr, testing::ResultOf, testing::StartsWith, testing::Throws;
 
 TEST(KorWstringTest, KeyOrderIsUnsignedCodeUnitOrderWithPrefixFirst) {
   const std::less<KorWstring> less;
@@ -102,15 +105,11 @@ TEST(KorWstringTest, FromUtf8RejectsInvalidInputAtItsOffset) {
       {"\xE2\x41\x82", 0, "continuation"}, {"ok\xF0\x9F\x98\x41", 2, "continuation"},
   };
   for (const Row& row : rows) {
-    try {
-      KorWstringText::fromUtf8(row.utf8);
-      ADD_FAILURE() << "no error: row " << &row - rows;
-    } catch (const KorWstringEncodingError& error) {
-      const std::string what = error.what();
-      EXPECT_EQ(error.offset(), row.offset) << what;
-      EXPECT_NE(what.find("offset " + std::to_string(row.offset)), std::string::npos) << what;
-      EXPECT_NE(what.find(row.reason), std::string::npos) << what;
-    }
+    const std::string offset = std::to_string(row.offset);
+    EXPECT_THAT([&] { KorWstringText::fromUtf8(row.utf8); },
+                Throws<KorWstringEncodingError>(ResultOf(
+                    [](const auto& error) { return std::to_string(error.offset()) + " " + error.what(); },
+                    AllOf(StartsWith(offset + " "), HasSubstr("offset " + offset), HasSubstr(row.reason)))));
   }
 }
 
@@ -121,12 +120,9 @@ TEST(KorWstringTest, WideLiteralConversion) {
   const wchar_t loneSurrogate[] = {L'x', static_cast<wchar_t>(0xDC01), 0};
   EXPECT_EQ(KorWstringText::view(KorWstringConvertor::toKorWstring(loneSurrogate)), u"x\xDC01");
   const wchar_t tooLarge[] = {L'x', L'y', static_cast<wchar_t>(0x110000), 0};
-  try {
-    KorWstringConvertor::toKorWstring(tooLarge);
-    ADD_FAILURE() << "no error";
-  } catch (const KorWstringEncodingError& error) {
-    EXPECT_EQ(error.offset(), 2U);
-  }
+  EXPECT_THAT(
+      [&] { KorWstringConvertor::toKorWstring(tooLarge); },
+      Throws<KorWstringEncodingError>(ResultOf([](const auto& error) { return error.offset(); }, 2U)));
 }
 
 } // namespace
