@@ -38,17 +38,15 @@ void expectKeptTextHoldsOnlyItself(KorISRAdapter& registry, int count, long allo
       held = static_cast<long>(mallinfo2().uordblks) - before;
       EXPECT_FALSE(kept.empty());
     }).join();
-    EXPECT_TRUE(listing < 0 || held <= allowance) << (listing == 1 ? "listBTDs " : "getBTDNames ") << held;
+    EXPECT_TRUE(listing < 0 || held <= allowance)
+        << (listing == 1 ? "listBTDs " : "getBTDNames ") << held << " of " << count;
   }
 }
 
-TEST(Retention, AnInMemoryListingLeavesOnlyWhatTheCallerKeeps) {
+using Retention = JvmTest;
+TEST_F(Retention, AListingLeavesOnlyWhatTheCallerKeeps) {
   KorISRAdapterStub stub;
   expectKeptTextHoldsOnlyItself(stub, 100000, 16 * 1024);
-}
-
-using JavaRetention = JvmTest;
-TEST_F(JavaRetention, AJavaListingLeavesOnlyWhatTheCallerKeeps) {
   KorISRAdapterImpl adapter(KorWstringText::fromUtf8("retention"));
   expectKeptTextHoldsOnlyItself(adapter, 2000, 64 * 1024);
 }
