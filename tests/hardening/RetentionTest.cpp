@@ -20,7 +20,7 @@ namespace {
 // (glibc's tcache counts as in use) and for Java the JVM's handle blocks, about 40 KB for 2,000 BTDs; texts
 // kept together, or scratch kept for the thread, would hold 100 KB and more. Under -Xcheck:jni every local
 // reference past a frame's capacity prints a warning with a stack, so the Java listing is shorter.
-void expectKeptTextHoldsOnlyItself(KorISRAdapter& registry, int count, long allowance) {
+void expectKeptTextHoldsOnlyItself(KorISRAdapter& registry, int count, int allowance) {
   for (int i = 0; i < count; ++i) {
     KorWstring uri;
     registry.createBTD(KorWstringText::fromUtf8("retained-name-" + std::to_string(100000 + i)), {}, uri);
