@@ -14,15 +14,7 @@
 
 namespace {
 
-void require(bool condition) {
-  if (!condition) {
-    std::abort();
-  }
-}
-
-bool isSurrogate(char32_t unit) {
-  return unit >= 0xD800 && unit <= 0xDFFF;
-}
+const auto require = [](bool holds) { holds ? void() : std::abort(); };
 
 // Lone surrogates become U+FFFD, as toUtf8 promises.
 std::u16string withoutLoneSurrogates(std::u16string_view units) {
@@ -34,7 +26,7 @@ std::u16string withoutLoneSurrogates(std::u16string_view units) {
       result += unit;
       result += units[++i];
     } else {
-      result += isSurrogate(unit) ? u'\xFFFD' : unit;
+      result += unit >= 0xD800 && unit <= 0xDFFF ? u'\xFFFD' : unit;
     }
   }
   return result;
@@ -63,12 +55,10 @@ void wide(const std::uint8_t* data, std::size_t size) {
   std::vector<wchar_t> literal(size / sizeof(wchar_t) + 1, L'\0');
   std::memcpy(literal.data(), data, size / sizeof(wchar_t) * sizeof(wchar_t));
   std::u16string expected;
-  std::size_t invalid = 0;
-  bool valid = true;
-  for (std::size_t i = 0; valid && literal[i] != L'\0'; ++i) {
+  std::size_t invalid = std::string::npos; // the first value past U+10FFFF
+  for (std::size_t i = 0; invalid == std::string::npos && literal[i] != L'\0'; ++i) {
     const auto value = static_cast<std::uint32_t>(literal[i]);
     if (value > 0x10FFFF) {
-      valid = false;
       invalid = i;
     } else if (value > 0xFFFF) {
       expected += static_cast<char16_t>(0xD800 + ((value - 0x10000) >> 10));
@@ -79,9 +69,9 @@ void wide(const std::uint8_t* data, std::size_t size) {
   }
   try {
     const KorWstring text = KorWstringConvertor::toKorWstring(literal.data());
-    require(valid && KorWstringText::view(text) == expected);
+    require(invalid == std::string::npos && KorWstringText::view(text) == expected);
   } catch (const KorWstringEncodingError& error) {
-    require(!valid && error.offset() == invalid);
+    require(error.offset() == invalid);
   }
 }
 

@@ -16,9 +16,7 @@
 
 namespace {
 
-KorWstring text(const char* utf8) {
-  return KorWstringText::fromUtf8(utf8);
-}
+const auto text = KorWstringText::fromUtf8;
 
 // The adapter under test, one for the destructor's row and one the constructor's row builds.
 std::unique_ptr<KorISRAdapterImpl> adapter, spare, built;
@@ -78,15 +76,6 @@ std::string raised(const KorException& error, const std::vector<KorLogRecord>& t
   return said + (entered ? " entered" : "") + (traced ? " traced" : "");
 }
 
-// The text of the line that raised error, in its own source file.
-std::string raisingLine(const KorException& error) {
-  std::ifstream source(std::string(LEGIORRUG_SOURCE_DIR) + "/" + error.sourceFile() + ".cpp");
-  std::string line;
-  for (int n = 0; n < error.sourceLine() && std::getline(source, line); ++n) {
-  }
-  return line;
-}
-
 // Failed JNI calls leave an Error pending, which the library takes as fatal, or a recoverable exception.
 class JniFaultSweep : public JvmTest, public ::testing::WithParamInterface<const char*> {
 protected:
@@ -109,7 +98,9 @@ protected:
       op.run();
     } catch (const KorException& error) {
       run = raised(error, trace->records());
-      raisingLine_ = raisingLine(error);
+      std::ifstream source(std::string(LEGIORRUG_SOURCE_DIR) + "/" + error.sourceFile() + ".cpp");
+      for (int n = 0; n < error.sourceLine() && std::getline(source, raisingLine_); ++n) {
+      }
       EXPECT_FALSE(error.inserts().empty()) << "an exception that says nothing: " << error.what();
       if (error.messageNumber() == korMessageNumber(4374)) {
         unreadInserts_.insert(error.what());

@@ -1,6 +1,7 @@
 #include <KorWstring.hpp>
 #include <KorWstringText.hpp>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -9,28 +10,24 @@
 
 namespace {
 
+using testing::AllOf, testing::HasSubstr, testing::ResultOf, testing::StartsWith, testing::Throws;
+
 TEST(KorWstringTest, KeyOrderIsUnsignedCodeUnitOrderWithPrefixFirst) {
   const std::less<KorWstring> less;
-  struct Row {
-    std::u16string_view lesser;
-    std::u16string_view greater;
-  };
-  const Row rows[] = {
-      {u"", std::u16string_view(u"\0", 1)},
-      {u"", u"a"},
-      {u"B", u"a"},
-      {u"a", u"ab"},
-      {u"ab", u"b"},
-      {u"\u7FFF", u"\u8000"},       // a signed comparison puts 0x8000 first
-      {u"x\u0041", u"x\uFFFF"},     // and here 0xFFFF
-      {u"\U00010000", u"\uFF21"},   // surrogates compare as units, not code points
-      {u"\xD800", u"\xD800\xDC00"}, // a lone surrogate is a prefix
-      {u"\xDBFF\xDFFF", u"\uE000"},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(testing::Message() << "row " << (&row - rows));
-    EXPECT_TRUE(less(KorWstringText::fromUtf16(row.lesser), KorWstringText::fromUtf16(row.greater)));
-    EXPECT_FALSE(less(KorWstringText::fromUtf16(row.greater), KorWstringText::fromUtf16(row.lesser)));
+  // Lesser, greater: a signed comparison puts 0x8000 and 0xFFFF first; surrogates compare as units, not
+  // code points; a lone surrogate is a prefix.
+  const std::u16string_view rows[][2] = {{u"", std::u16string_view(u"\0", 1)},
+                                         {u"B", u"a"},
+                                         {u"a", u"ab"},
+                                         {u"ab", u"b"},
+                                         {u"\u7FFF", u"\u8000"},
+                                         {u"x\u0041", u"x\uFFFF"},
+                                         {u"\U00010000", u"\uFF21"},
+                                         {u"\xD800", u"\xD800\xDC00"}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(&row - rows);
+    EXPECT_TRUE(less(KorWstringText::fromUtf16(row[0]), KorWstringText::fromUtf16(row[1])));
+    EXPECT_FALSE(less(KorWstringText::fromUtf16(row[1]), KorWstringText::fromUtf16(row[0])));
   }
   const KorWstring word = KorWstringText::fromUtf16(u"\u8000same");
   const KorWstring copy = word; // NOLINT(performance-unnecessary-copy-initialization): shares the buffer
@@ -77,25 +74,20 @@ TEST(KorWstringTest, AppendGrowsGeometricallyAndMayReadItself) {
   EXPECT_EQ(KorWstringText::view(self), u"abcabcbc");
 }
 
-TEST(KorWstringTest, FromUtf8DecodesValidInput) {
-  struct Row {
-    std::string_view utf8;
-    std::u16string_view expected;
-  };
-  const Row rows[] = {
-      {"", u""},
-      {std::string_view("a\0b", 3), std::u16string_view(u"a\0b", 3)},
-      {"\xC2\x80\xDF\xBF", u"\u0080\u07FF"},
+TEST(KorWstringTest, Utf8ConversionsBothWays) {
+  const std::pair<std::string_view, std::u16string_view> rows[] = {
+      {std::string_view("a\0b\xC2\x80\xDF\xBF", 7), std::u16string_view(u"a\0b\u0080\u07FF", 5)},
       {"\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF", u"\u0800\uD7FF\uE000\uFFFF"},
-      {"\xF0\x9F\x98\x80!", u"\U0001F600!"},
-      {"\xF4\x8F\xBF\xBF", u"\U0010FFFF"},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(testing::Message() << "row " << (&row - rows));
-    const KorWstring text = KorWstringText::fromUtf8(row.utf8);
-    EXPECT_EQ(KorWstringText::view(text), row.expected);
-    EXPECT_EQ(KorWstringText::toUtf8(text), row.utf8);
+      {"\xF0\x9F\x98\x80!\xF4\x8F\xBF\xBF", u"\U0001F600!\U0010FFFF"}};
+  for (const auto& [utf8, utf16] : rows) {
+    EXPECT_EQ(KorWstringText::view(KorWstringText::fromUtf8(utf8)), utf16);
+    EXPECT_EQ(KorWstringText::toUtf8(KorWstringText::fromUtf16(utf16)), utf8);
   }
+  // Lone surrogates become U+FFFD.
+  EXPECT_EQ(KorWstringText::toUtf8(KorWstringText::fromUtf16(u"a\xD800z\xDC00\xD800"
+                                                             u"end\xDBFF")),
+            "a\xEF\xBF\xBDz\xEF\xBF\xBD\xEF\xBF\xBD"
+            "end\xEF\xBF\xBD");
 }
 
 TEST(KorWstringTest, FromUtf8RejectsInvalidInputAtItsOffset) {
@@ -113,23 +105,12 @@ TEST(KorWstringTest, FromUtf8RejectsInvalidInputAtItsOffset) {
       {"\xE2\x41\x82", 0, "continuation"}, {"ok\xF0\x9F\x98\x41", 2, "continuation"},
   };
   for (const Row& row : rows) {
-    SCOPED_TRACE(testing::Message() << "row " << (&row - rows));
-    try {
-      KorWstringText::fromUtf8(row.utf8);
-      ADD_FAILURE() << "no error";
-    } catch (const KorWstringEncodingError& error) {
-      EXPECT_EQ(error.offset(), row.offset);
-      EXPECT_NE(std::string(error.what()).find("offset " + std::to_string(row.offset)), std::string::npos)
-          << error.what();
-      EXPECT_NE(std::string(error.what()).find(row.reason), std::string::npos) << error.what();
-    }
+    const std::string offset = std::to_string(row.offset);
+    EXPECT_THAT([&] { KorWstringText::fromUtf8(row.utf8); },
+                Throws<KorWstringEncodingError>(ResultOf(
+                    [](const auto& error) { return std::to_string(error.offset()) + " " + error.what(); },
+                    AllOf(StartsWith(offset + " "), HasSubstr("offset " + offset), HasSubstr(row.reason)))));
   }
-}
-
-TEST(KorWstringTest, ToUtf8ReplacesLoneSurrogates) {
-  EXPECT_EQ(KorWstringText::toUtf8(KorWstringText::fromUtf16(u"a\xD800z")), "a\xEF\xBF\xBDz");
-  EXPECT_EQ(KorWstringText::toUtf8(KorWstringText::fromUtf16(u"\xDC00\xD800")), "\xEF\xBF\xBD\xEF\xBF\xBD");
-  EXPECT_EQ(KorWstringText::toUtf8(KorWstringText::fromUtf16(u"end\xDBFF")), "end\xEF\xBF\xBD");
 }
 
 TEST(KorWstringTest, WideLiteralConversion) {
@@ -139,12 +120,9 @@ TEST(KorWstringTest, WideLiteralConversion) {
   const wchar_t loneSurrogate[] = {L'x', static_cast<wchar_t>(0xDC01), 0};
   EXPECT_EQ(KorWstringText::view(KorWstringConvertor::toKorWstring(loneSurrogate)), u"x\xDC01");
   const wchar_t tooLarge[] = {L'x', L'y', static_cast<wchar_t>(0x110000), 0};
-  try {
-    KorWstringConvertor::toKorWstring(tooLarge);
-    ADD_FAILURE() << "no error";
-  } catch (const KorWstringEncodingError& error) {
-    EXPECT_EQ(error.offset(), 2U);
-  }
+  EXPECT_THAT(
+      [&] { KorWstringConvertor::toKorWstring(tooLarge); },
+      Throws<KorWstringEncodingError>(ResultOf([](const auto& error) { return error.offset(); }, 2U)));
 }
 
 } // namespace

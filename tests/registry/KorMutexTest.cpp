@@ -86,19 +86,18 @@ TEST(KorMutexStress, RecursiveHoldsTimedWaitsAndManyWaiters) {
         const int timeoutMs = (t + round) % 3 == 0 ? 1 : -1, depth = 1 + (t + round) % 4;
         const int result = mutex.lock(timeoutMs);
         ASSERT_TRUE(result == 1 || (result == 0 && timeoutMs != -1)) << result; // only a timed lock gives up
-        if (result == 0) {
-          continue;
-        }
-        ASSERT_EQ(++inside, 1) << "two holders at once";
-        for (int level = 1; level < depth; ++level) {
-          ASSERT_EQ(mutex.lock(timeoutMs), 1) << "the owner relocks at once";
-        }
-        if (round % 64 == 0) {
-          std::this_thread::sleep_for(milliseconds(2)); // so that the timed waiters meanwhile give up
-        }
-        --inside;
-        for (int level = 0; level < depth; ++level) {
-          ASSERT_EQ(mutex.unlock(), 1);
+        if (result == 1) {
+          ASSERT_EQ(++inside, 1) << "two holders at once";
+          for (int level = 1; level < depth; ++level) {
+            ASSERT_EQ(mutex.lock(timeoutMs), 1) << "the owner relocks at once";
+          }
+          if (round % 64 == 0) {
+            std::this_thread::sleep_for(milliseconds(2)); // so that the timed waiters meanwhile give up
+          }
+          --inside;
+          for (int level = 0; level < depth; ++level) {
+            ASSERT_EQ(mutex.unlock(), 1);
+          }
         }
       }
     });

@@ -47,20 +47,8 @@ std::string joined(const Texts& texts) {
   return line;
 }
 
-// Runs call, then writeBack also when call raises: out-parameters are compared either way.
-template <typename Call, typename WriteBack> std::string writingBack(Call&& call, WriteBack&& writeBack) {
-  try {
-    std::string result = call();
-    writeBack();
-    return result;
-  } catch (...) {
-    writeBack();
-    throw;
-  }
-}
-
 // Each operation reads its arguments, out-parameters included, from a and
-// writes the out-parameters back; a list out-parameter is one comma-joined text.
+// writes the out-parameters back, also when it raises; a list out-parameter is the rest of a.
 using Operation = std::function<std::string(KorISRAdapter&, Texts&)>;
 const std::map<std::string, Operation> operations = {
     {"createBTD", [](auto& r, Texts& a) { return r.createBTD(a[0], a[1], a[2]), ""; }},
@@ -68,11 +56,7 @@ const std::map<std::string, Operation> operations = {
     {"getBTD", [](auto& r, Texts& a) { return r.getBTD(a[0], a[1], a[2]), ""; }},
     {"deleteBTD", [](auto& r, Texts& a) { return r.deleteBTD(a[0]), ""; }},
     {"btdExists", [](auto& r, Texts& a) { return json(r.btdExists(a[0])).dump(); }},
-    {"listBTDs",
-     [](auto& r, Texts& a) {
-       Texts uris = {a[0]};
-       return writingBack([&] { return r.listBTDs(uris), ""; }, [&] { a[0] = w(joined(uris)); });
-     }},
+    {"listBTDs", [](auto& r, Texts& a) { return r.listBTDs(a), ""; }},
     {"getBTDNames", [](auto& r, Texts& a) { return "[" + joined(r.getBTDNames(a[0])) + "]"; }},
     {"createPolicy", [](auto& r, Texts& a) { return r.createPolicy(a[0], a[1], a[2], a[3]), ""; }},
     {"updatePolicy", [](auto& r, Texts& a) { return r.updatePolicy(a[0], a[1], a[2], a[3]), ""; }},
@@ -87,13 +71,10 @@ const std::map<std::string, Operation> operations = {
        // Made by assignment, as the broker makes its records: the library itself never assigns one.
        KorISRService s;
        s = KorISRService(a[1], a[2], a[3]);
-       return writingBack(
-           [&] {
-             return json(r.getService(a[0], s)).dump() + " " + KorWstringText::toUtf8(s.logSourceName());
-           },
-           [&] {
-             a = {a[0], s.name, s.serviceNamespace, s.document};
-           });
+       const std::shared_ptr<void> writeBack(nullptr, [&](void*) {
+         a = {a[0], s.name, s.serviceNamespace, s.document};
+       });
+       return json(r.getService(a[0], s)).dump() + " " + KorWstringText::toUtf8(s.logSourceName());
      }},
     {"deleteService", [](auto& r, Texts& a) { return r.deleteService(a[0]), ""; }},
     {"getServices",

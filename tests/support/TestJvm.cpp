@@ -5,7 +5,6 @@
 
 #include <jvmti.h>
 
-#include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -15,14 +14,9 @@
 
 namespace {
 
-std::atomic<int> warnings{0};
-std::atomic<long> injected{0}, liveGlobals{0};
 std::mutex outputLock;
 std::string pendingLine;
 jniNativeInterface original; // the JVM's table, before the interposed entries
-thread_local bool nullNextNewObject = false;
-thread_local int frameDepth = 0, failAt = 0, callsCounted = 0; // failAt: the failable call to fail
-thread_local const char* faultClass = nullptr;
 
 jint JNICALL countingVfprintf(FILE* stream, const char* format, va_list args) {
   char buffer[8192];
@@ -33,7 +27,7 @@ jint JNICALL countingVfprintf(FILE* stream, const char* format, va_list args) {
   for (auto end = pendingLine.find('\n'); end != std::string::npos; end = pendingLine.find('\n')) {
     const std::string line = pendingLine.substr(0, end);
     const bool warning = line.find("WARNING") != std::string::npos || line.rfind("Warning:", 0) == 0;
-    warnings += warning && line.find("exceeds capacity") == std::string::npos ? 1 : 0;
+    TestJvm::iWarnings += warning && line.find("exceeds capacity") == std::string::npos ? 1 : 0;
     pendingLine.erase(0, end + 1);
   }
   return length;
@@ -41,15 +35,14 @@ jint JNICALL countingVfprintf(FILE* stream, const char* format, va_list args) {
 
 // True when this call is the one to fail; its exception, if it raises, is then pending.
 bool failHere(JNIEnv* env, bool raises) {
-  if (failAt == 0 || ++callsCounted != failAt) {
+  if (TestJvm::iFailAt == 0 || ++TestJvm::iCallsCounted != TestJvm::iFailAt) {
     return false;
   }
   if (raises) { // through the JVM's own table, so that the count stays as it is
-    jclass cls = original.FindClass(env, faultClass);
+    jclass cls = original.FindClass(env, TestJvm::iFaultClass);
     original.ThrowNew(env, cls, "injected JNI failure");
     original.DeleteLocalRef(env, cls);
   }
-  ++injected;
   return true;
 }
 
@@ -69,50 +62,38 @@ template <auto... slots> void makeFailable(jniNativeInterface& table) {
   ((table.*slots = &Failable<std::remove_reference_t<decltype(original.*slots)>>::template call<slots>), ...);
 }
 
-jint JNICALL pushLocalFrame(JNIEnv* env, jint capacity) {
-  const jint result = failHere(env, true) ? JNI_ENOMEM : original.PushLocalFrame(env, capacity);
-  frameDepth += result == JNI_OK ? 1 : 0;
-  return result;
-}
-
-jobject JNICALL popLocalFrame(JNIEnv* env, jobject result) {
-  --frameDepth;
-  return original.PopLocalFrame(env, result);
-}
-
-// HotSpot's NewGlobalRef answers null without raising when it runs out.
-jobject JNICALL newGlobalRef(JNIEnv* env, jobject object) {
-  jobject global = failHere(env, false) ? nullptr : original.NewGlobalRef(env, object);
-  liveGlobals += global != nullptr ? 1 : 0;
-  return global;
-}
-
-void JNICALL deleteGlobalRef(JNIEnv* env, jobject global) {
-  liveGlobals -= global != nullptr ? 1 : 0;
-  original.DeleteGlobalRef(env, global);
-}
-
-// Under -Xcheck:jni the checked functions reach the table below them through
-// their V variants (NewObject through NewObjectV, Call...Method through
-// Call...MethodV), so those are interposed, with the A variants.
-jobject JNICALL newObjectV(JNIEnv* env, jclass cls, jmethodID constructor, va_list args) {
-  if (std::exchange(nullNextNewObject, false) || failHere(env, true)) {
-    return nullptr;
-  }
-  return original.NewObjectV(env, cls, constructor, args);
-}
-
 void interposeJniFunctions(JavaVM* vm) {
   jvmtiEnv* jvmti = nullptr;
   jniNativeInterface* table = nullptr;
   ASSERT_EQ(vm->GetEnv(reinterpret_cast<void**>(&jvmti), JVMTI_VERSION_1_2), JNI_OK);
   ASSERT_EQ(jvmti->GetJNIFunctionTable(&table), JVMTI_ERROR_NONE);
   original = *table;
-  table->PushLocalFrame = pushLocalFrame;
-  table->PopLocalFrame = popLocalFrame;
-  table->NewGlobalRef = newGlobalRef;
-  table->DeleteGlobalRef = deleteGlobalRef;
-  table->NewObjectV = newObjectV;
+  table->PushLocalFrame = [](JNIEnv* env, jint capacity) {
+    const jint result = failHere(env, true) ? JNI_ENOMEM : original.PushLocalFrame(env, capacity);
+    TestJvm::iFrameDepth += result == JNI_OK ? 1 : 0;
+    return result;
+  };
+  table->PopLocalFrame = [](JNIEnv* env, jobject result) {
+    --TestJvm::iFrameDepth;
+    return original.PopLocalFrame(env, result);
+  };
+  // HotSpot's NewGlobalRef answers null without raising when it runs out.
+  table->NewGlobalRef = [](JNIEnv* env, jobject object) {
+    jobject global = failHere(env, false) ? nullptr : original.NewGlobalRef(env, object);
+    TestJvm::iLiveGlobals += global != nullptr ? 1 : 0;
+    return global;
+  };
+  table->DeleteGlobalRef = [](JNIEnv* env, jobject global) {
+    TestJvm::iLiveGlobals -= global != nullptr ? 1 : 0;
+    original.DeleteGlobalRef(env, global);
+  };
+  // Under -Xcheck:jni the checked functions reach the table below them through their V variants
+  // (NewObject through NewObjectV, Call...Method through Call...MethodV), so those are interposed, with
+  // the A variants.
+  table->NewObjectV = [](JNIEnv* env, jclass cls, jmethodID constructor, va_list args) {
+    const bool fails = std::exchange(TestJvm::iNullNextNewObject, false) || failHere(env, true);
+    return fails ? nullptr : original.NewObjectV(env, cls, constructor, args);
+  };
   using T = jniNativeInterface;
   makeFailable<&T::NewObjectA, &T::NewString, &T::GetStringRegion, &T::NewObjectArray,
                &T::GetObjectArrayElement, &T::SetObjectArrayElement, &T::CallObjectMethodV,
@@ -139,33 +120,6 @@ JNIEnv* TestJvm::env() {
   static std::once_flag created;
   std::call_once(created, createJvm);
   return KorJVM::getEnvironment();
-}
-
-int TestJvm::unexpectedJniWarnings() {
-  return warnings;
-}
-int TestJvm::localFrameDepth() {
-  return frameDepth;
-}
-long TestJvm::liveGlobalReferences() {
-  return liveGlobals;
-}
-void TestJvm::failNextNewObject() {
-  nullNextNewObject = true;
-}
-long TestJvm::faultsInjected() {
-  return injected;
-}
-
-void TestJvm::failNthCall(int n, const char* exceptionClass) {
-  faultClass = exceptionClass;
-  callsCounted = 0;
-  failAt = n;
-}
-
-int TestJvm::stopFailingCalls() {
-  failAt = 0;
-  return callsCounted;
 }
 
 jobject TestJvm::callStatic(const char* className, const char* method, const char* signature, ...) {
