@@ -1,7 +1,7 @@
 // The native part of the Java host: the Java-backed adapter, created once on
 // the Java thread that calls in, then used from threads of its own. Each
 // thread is attached to the JVM on its first call and detached when it ends.
-#include <KorCommonStartParameters.hpp>
+#include <KorStartParametersSetup.hpp>
 #include <KorException.hpp>
 #include <KorISRAdapter.hpp>
 #include <KorWstringText.hpp>
@@ -48,7 +48,7 @@ void work(KorISRAdapter& registry, int thread, int rounds, std::atomic<int>& fou
 extern "C" JNIEXPORT jstring JNICALL Java_Host_useRegistry(JNIEnv* env, jclass, jint threads, jint rounds) {
   try {
     // The first isrAdapter call returns before any other thread calls it.
-    KorCommonStartParameters::setContainerInfo(KorContainerInfo{0});
+    KorStartParametersSetup::setContainerInfo(KorContainerInfo{0});
     KorISRAdapter& registry = *KorISRAdapter::isrAdapter(KorWstringText::fromUtf8("java-host"));
     std::atomic<int> found{0};
     std::vector<std::string> failures(static_cast<std::size_t>(threads));
