@@ -1,9 +1,9 @@
 // The native part of the Java host: the Java-backed adapter, created once on
 // the Java thread that calls in, then used from threads of its own. Each
 // thread is attached to the JVM on its first call and detached when it ends.
-#include <KorStartParametersSetup.hpp>
 #include <KorException.hpp>
 #include <KorISRAdapter.hpp>
+#include <KorStartParametersSetup.hpp>
 #include <KorWstringText.hpp>
 
 #include <jni.h>
