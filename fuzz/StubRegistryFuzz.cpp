@@ -66,8 +66,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::uint8_t code = byte();
     const Text name = keys[byte() % 10], type = keys[byte() % 10], content = text();
     const Text proposed = code & 0x80 ? text() : Text();
-    const KorWstring n(name), t(type), c(content);
-    KorWstring uri(proposed), out(u"before");
+    const KorWstring n = KorWstringText::fromUtf16(name), t = KorWstringText::fromUtf16(type),
+                     c = KorWstringText::fromUtf16(content);
+    KorWstring uri = KorWstringText::fromUtf16(proposed), out = KorWstringText::fromUtf16(u"before");
     auto& ofType = policies[type];
     Record* btd = btds.count(name) != 0 ? &btds[name] : nullptr;
     Record* policy = ofType.count(name) != 0 ? &ofType[name] : nullptr;
@@ -128,7 +129,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       require(names(btds, u"", stub.getBTDNames(out)) == KorWstringText::view(out));
       break;
     case 12: { // Appends to the names it is given, unlike getBTDNames.
-      KorWstring joined(proposed);
+      KorWstring joined = KorWstringText::fromUtf16(proposed);
       require(names(ofType, proposed, stub.getPolicyNames(t, joined)) == KorWstringText::view(joined));
       break;
     }
