@@ -8,6 +8,8 @@
 
 #include <malloc.h>
 
+#include <algorithm>
+#include <limits>
 #include <string>
 #include <thread>
 #include <vector>
@@ -26,18 +28,22 @@ void expectKeptTextHoldsOnlyItself(KorISRAdapter& registry, int count, int allow
     registry.createBTD(KorWstringText::fromUtf8("retained-name-" + std::to_string(100000 + i)), {}, uri);
   }
   for (int listing = -1; listing < 2; ++listing) { // -1: the JVM's first compilations settle
-    long held = 0;
-    std::thread([&] {
-      registry.btdExists(KorWstring()); // the thread's own costs (its malloc arena, its JVM attachment)
-      const long before = static_cast<long>(mallinfo2().uordblks);
-      const KorWstring kept = [&] { // the listing's own texts go with it
-        KorWstring joined;
-        std::vector<KorWstring> uris;
-        return listing == 1 ? (registry.listBTDs(uris), uris.back()) : registry.getBTDNames(joined).back();
-      }();
-      held = static_cast<long>(mallinfo2().uordblks) - before;
-      EXPECT_FALSE(kept.empty());
-    }).join();
+    // The least of three fresh threads counts: the JVM's own threads (its compilers) allocate at times,
+    // while what a listing keeps would show every time.
+    long held = std::numeric_limits<long>::max();
+    for (int attempt = 0; attempt < 3; ++attempt) {
+      std::thread([&] {
+        registry.btdExists(KorWstring()); // the thread's own costs (its malloc arena, its JVM attachment)
+        const long before = static_cast<long>(mallinfo2().uordblks);
+        const KorWstring kept = [&] { // the listing's own texts go with it
+          KorWstring joined;
+          std::vector<KorWstring> uris;
+          return listing == 1 ? (registry.listBTDs(uris), uris.back()) : registry.getBTDNames(joined).back();
+        }();
+        held = std::min(held, static_cast<long>(mallinfo2().uordblks) - before);
+        EXPECT_FALSE(kept.empty());
+      }).join();
+    }
     EXPECT_TRUE(listing < 0 || held <= allowance)
         << (listing == 1 ? "listBTDs " : "getBTDNames ") << held << " of " << count;
   }
