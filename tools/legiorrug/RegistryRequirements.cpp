@@ -21,8 +21,8 @@ KorWstring text(std::u16string_view units) {
   return KorWstringText::fromUtf16(units);
 }
 
-KorWstring operator+(const KorWstring& head, std::u16string_view tail) {
-  return KorWstringText::fromUtf16(std::u16string(KorWstringText::view(head)) + std::u16string(tail));
+KorWstring operator+(KorWstring head, std::u16string_view tail) {
+  return head.append(tail.data(), tail.size());
 }
 
 std::size_t count(const Texts& texts, const KorWstring& text) {
