@@ -11,15 +11,16 @@ stub, java = "--container-kind 1 ", "--jvm-option=-Xcheck:jni "
 ok = b"createBTD a b\nbtdExists a\n"  # a script with no failing line
 no_jvm = {"JAVA_HOME": "/nonexistent", "LEGIORRUG_LIBJVM": "/nonexistent/libjvm.so", "LD_PRELOAD": ""}
 pool, runs = concurrent.futures.ThreadPoolExecutor(4), []
+# A copy of the program with no bundled jars beside it, written before any row starts a child that could
+# inherit the file open for writing ("Text file busy").
+os.makedirs(binary + "/tests/shell/bare", exist_ok=True)
+bare_program = shutil.copy(program, binary + "/tests/shell/bare")
 
 
 def run(name, args, status, stdin=os.devnull, out=None, err="", forbid=None, says=None, into=None, env={}, bare=False,
         failing=None):
     err = err if says is None else "^" + re.escape("legiorrug: %s\n" % says) + r"\Z"  # all of standard error
-    command = program
-    if bare:  # a copy of the program with no bundled jars beside it
-        os.makedirs(binary + "/tests/shell/bare", exist_ok=True)
-        command = shutil.copy(program, binary + "/tests/shell/bare")
+    command = bare_program if bare else program
     given = stdin if isinstance(stdin, bytes) else None
     stdin = None if given is not None else os.open(stdin, os.O_RDONLY)  # a directory too
     stdout = os.open("/dev/full", os.O_WRONLY) if into == "full" else subprocess.PIPE

@@ -235,7 +235,8 @@ const Command* find(const std::u16string& name) {
   return nullptr;
 }
 
-std::optional<Report> run(KorISRAdapter& adapter, std::size_t lineNumber, std::string_view line) {
+std::optional<Report> run(KorISRAdapter& adapter, std::size_t lineNumber, std::string_view line,
+                          std::string_view helpCommand) {
   auto split = splitLine(line);
   if (auto* error = std::get_if<LineError>(&split)) {
     return Report::usage(lineNumber, error->message);
@@ -251,7 +252,7 @@ std::optional<Report> run(KorISRAdapter& adapter, std::size_t lineNumber, std::s
   report.op = toWtf8(name.text);
   const Command* command = name.fromFile ? nullptr : find(name.text);
   if (command == nullptr) {
-    report.failure = UsageError{"unknown command " + quote(name) + " (legiorrug --help lists the commands)"};
+    report.failure = UsageError{"unknown command " + quote(name) + " (" + std::string(helpCommand) + " lists the commands)"};
     return report;
   }
   ArgumentCount count = countOf(command->parameters);
@@ -277,9 +278,10 @@ std::optional<Report> run(KorISRAdapter& adapter, std::size_t lineNumber, std::s
 
 } // namespace
 
-std::optional<Report> runLine(KorISRAdapter& adapter, std::size_t lineNumber, std::string_view line) {
+std::optional<Report> runLine(KorISRAdapter& adapter, std::size_t lineNumber, std::string_view line,
+                              std::string_view helpCommand) {
   try {
-    return run(adapter, lineNumber, line);
+    return run(adapter, lineNumber, line, helpCommand);
   } catch (const std::exception& error) {
     // Splitting a line can run out of memory too.
     Report report;

@@ -106,5 +106,6 @@ struct Report {
 };
 
 // Runs one line on the adapter; nothing for a blank or comment line. Whatever
-// fails, the failure is in the report.
-std::optional<Report> runLine(KorISRAdapter& adapter, std::size_t lineNumber, std::string_view line);
+// fails, the failure is in the report; an unknown command names helpCommand.
+std::optional<Report> runLine(KorISRAdapter& adapter, std::size_t lineNumber, std::string_view line,
+                              std::string_view helpCommand = "legiorrug --help");

@@ -2,8 +2,12 @@
 
 #include "CommandLine.hpp"
 
+#include <KorISRAdapterStub.hpp>
 #include <KorISRService.hpp>
 #include <KorWstringText.hpp>
+
+#include <iostream>
+#include <set>
 
 namespace {
 
@@ -34,6 +38,18 @@ std::string line(const std::string& command, std::initializer_list<const KorWstr
 
 std::string dumpRegistry(KorISRAdapter& adapter, const std::vector<KorWstring>& policyTypes) {
   std::string script = "# A registry dumped by legiorrug; run it on an empty registry to rebuild it.\n";
+  const bool inMemory = dynamic_cast<KorISRAdapterStub*>(&adapter) != nullptr;
+  std::vector<std::string> lacks;
+  if (policyTypes.empty()) {
+    lacks.emplace_back("no policies: dump names no policy type, and the registry cannot list them");
+  }
+  if (inMemory) {
+    lacks.emplace_back("no services: the in-memory registry keeps none");
+  }
+  for (const std::string& lack : lacks) {
+    script += "# It holds " + lack + ".\n";
+    std::cerr << "legiorrug: the dump holds " << lack << '\n';
+  }
   KorWstring joined;
   for (const KorWstring& name : adapter.getBTDNames(joined)) {
     KorWstring content;
@@ -46,7 +62,14 @@ std::string dumpRegistry(KorISRAdapter& adapter, const std::vector<KorWstring>& 
     adapter.getService(listed.name, service);
     script += line("createService", {&service.name, &service.serviceNamespace, &service.document});
   }
+  // The Java registry keeps the reserved type's policies as its BTDs, which
+  // are dumped once already.
+  const KorWstring reserved = KorWstringText::fromUtf16(u"BusinessTransactionDefinition");
+  std::set<KorWstring> dumped;
   for (const KorWstring& type : policyTypes) {
+    if ((!inMemory && type == reserved) || !dumped.insert(type).second) {
+      continue;
+    }
     for (const KorWstring& name : adapter.getPolicyNames(type, joined)) {
       KorWstring document;
       KorWstring uri;

@@ -3,6 +3,8 @@
 #include "Commands.hpp"
 #include "Utf.hpp"
 
+#include <KorWstringText.hpp>
+
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -11,7 +13,10 @@
 #include <iostream>
 #include <utility>
 
+#include <clocale>
+
 #include <editline/readline.h>
+#include <langinfo.h>
 #include <poll.h>
 #include <pthread.h>
 #include <unistd.h>
@@ -91,9 +96,19 @@ void onInterrupt(int) {
 
 std::sig_atomic_t readStart = 0;
 
-// Reads one key for the line editor. SIGINT is blocked except inside ppoll, so
+// The bytes the terminal sent for the line being read: what is not UTF-8
+// fails the line, as it would in a script.
+std::string typed;
+
+// A byte read after a sequence it cut short, which starts the next key.
+int pending = EOF;
+
+// Reads one byte from the terminal. SIGINT is blocked except inside ppoll, so
 // a Ctrl-C at any moment of the read ends it instead of being retried away.
-int readKey(std::FILE* stream) {
+int readByte(std::FILE* stream) {
+  if (pending != EOF) {
+    return std::exchange(pending, EOF);
+  }
   sigset_t interrupt;
   sigset_t previous;
   sigemptyset(&interrupt);
@@ -108,7 +123,28 @@ int readKey(std::FILE* stream) {
   if (interruptions != readStart || ready < 0 || read(input.fd, &key, 1) != 1) {
     return EOF;
   }
+  typed += static_cast<char>(key);
   return key;
+}
+
+// Reads one character for the line editor, which takes what this returns as
+// a whole character whatever the locale.
+int readKey(std::FILE* stream) {
+  const int first = readByte(stream);
+  if (first < 0xC0) {
+    return first; // EOF, ASCII, or a stray continuation byte that fails the line
+  }
+  const int length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
+  int codePoint = first & (0x7F >> length);
+  for (int i = 1; i < length; ++i) {
+    const int next = readByte(stream);
+    if (next == EOF || (next & 0xC0) != 0x80) {
+      pending = next;
+      return 0xFFFD;
+    }
+    codePoint = codePoint << 6 | (next & 0x3F);
+  }
+  return codePoint;
 }
 
 char* nextCommandName(const char* prefix, int state) {
@@ -182,6 +218,13 @@ private:
 class TerminalInput : public Input {
 public:
   explicit TerminalInput(const TerminalOptions& options) : options_(options) {
+    // The line editor reads characters as the locale encodes them, and
+    // commands are UTF-8 whatever the locale the shell started in.
+    const char* locale = std::setlocale(LC_CTYPE, "");
+    if ((locale == nullptr || std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) &&
+        std::setlocale(LC_CTYPE, "C.UTF-8") == nullptr) {
+      throw LostData("the terminal needs a UTF-8 locale, and neither the one set nor C.UTF-8 is available");
+    }
     rl_outstream = options_.prompts;
     rl_catch_signals = 0;
     rl_getc_function = readKey;
@@ -195,6 +238,8 @@ public:
     struct sigaction action {};
     action.sa_handler = onInterrupt;
     sigaction(SIGINT, &action, nullptr);
+    std::fputs("legiorrug " LEGIORRUG_VERSION ": \"help\" lists the commands, Ctrl-D ends the session.\n",
+               options_.prompts);
     if (isatty(STDOUT_FILENO) != 0) {
       std::cout.flush();
       standardOutput_ = std::cout.rdbuf(&output_);
@@ -212,6 +257,8 @@ public:
 
   std::optional<std::size_t> skipRest() override { return std::nullopt; }
 
+  bool interactive() const override { return true; }
+
   std::size_t lineNumber() const override { return number_; }
 
   Read next(std::string& line) override {
@@ -223,6 +270,8 @@ public:
         std::fputs("legiorrug: interrupted; the operation had run to its end\n", options_.prompts);
       }
       readStart = interruptions;
+      typed.clear();
+      pending = EOF;
       char* text = readline("legiorrug> ");
       bool cancelled = interruptions != readStart;
       readStart = interruptions;
@@ -235,6 +284,12 @@ public:
       if (cancelled) {
         std::fputs("^C\n", options_.prompts);
         continue;
+      }
+      if (std::optional<std::size_t> bad = invalidByte()) {
+        // Fails as that byte would in a script.
+        line = typed.substr(0, *bad) + '\xFF';
+        ++number_;
+        return Read::line;
       }
       if (line.find_first_not_of(" \t") != std::string::npos) {
         add_history(line.c_str());
@@ -250,6 +305,15 @@ public:
   }
 
 private:
+  static std::optional<std::size_t> invalidByte() {
+    try {
+      KorWstringText::fromUtf8(typed);
+    } catch (const KorWstringEncodingError& error) {
+      return error.offset();
+    }
+    return std::nullopt;
+  }
+
   void help(const std::string& name) const {
     for (const Command& command : commands()) {
       if (name.empty() || command.name == name) {

@@ -31,6 +31,8 @@ public:
   // Reads the rest without running it: how many lines were left, where
   // they can be counted without asking a person.
   virtual std::optional<std::size_t> skipRest() = 0;
+  // A person answers each line as it is shown.
+  virtual bool interactive() const { return false; }
 };
 
 // A script or a pipe; a UTF-8 byte-order mark at its start is skipped.

@@ -39,7 +39,7 @@ bool emptyValueGiven(int argc, char** argv) {
     if (word == "--") {
       return false;
     }
-    if (word.size() > 2 && word.substr(0, 2) == "--" && word.back() == '=') {
+    if (word.size() > 2 && word.substr(0, 2) == "--" && word.find('=') == word.size() - 1) {
       std::cerr << "legiorrug: " << word.substr(0, word.size() - 1) << " needs a value\n";
       return true;
     }
