@@ -69,69 +69,69 @@ using Out = Outcome;
 
 // The adapter's operations in their interface order, then the shell's own.
 const std::vector<Command> table = {
-    {"migratePoliciesFromISR", "", [](A& a, const Args&, Out&) { a.migratePoliciesFromISR(); }},
-    {"createPolicy", "TYPE NAME DOCUMENT [URI]",
+    {"migratePoliciesFromISR", "", "Ask the registry to migrate its policies.", [](A& a, const Args&, Out&) { a.migratePoliciesFromISR(); }},
+    {"createPolicy", "TYPE NAME DOCUMENT [URI]", "Create a policy; shows the URI the registry gives.",
      [](A& a, const Args& x, Out& o) {
        a.createPolicy(x.text(0), x.text(1), x.text(2), o.parameter("uri", x.optionalText(3)));
      }},
-    {"updatePolicy", "TYPE NAME DOCUMENT [URI]",
+    {"updatePolicy", "TYPE NAME DOCUMENT [URI]", "Replace a policy; shows the URI the registry gives.",
      [](A& a, const Args& x, Out& o) {
        a.updatePolicy(x.text(0), x.text(1), x.text(2), o.parameter("uri", x.optionalText(3)));
      }},
-    {"policyExists", "TYPE NAME",
+    {"policyExists", "TYPE NAME", "Whether the policy exists: true or false.",
      [](A& a, const Args& x, Out& o) { o.result = a.policyExists(x.text(0), x.text(1)); }},
-    {"getPolicy", "TYPE NAME [DOCUMENT] [URI]",
+    {"getPolicy", "TYPE NAME [DOCUMENT] [URI]", "Shows the policy's document and URI.",
      [](A& a, const Args& x, Out& o) {
        KorWstring& document = o.parameter("document", x.optionalText(2));
        a.getPolicy(x.text(0), x.text(1), document, o.parameter("uri", x.optionalText(3)));
      }},
-    {"deletePolicy", "TYPE NAME", [](A& a, const Args& x, Out&) { a.deletePolicy(x.text(0), x.text(1)); }},
-    {"createBTD", "NAME CONTENT [URI]",
+    {"deletePolicy", "TYPE NAME", "Delete a policy.", [](A& a, const Args& x, Out&) { a.deletePolicy(x.text(0), x.text(1)); }},
+    {"createBTD", "NAME CONTENT [URI]", "Create a business transaction definition (BTD); shows its URI.",
      [](A& a, const Args& x, Out& o) {
        a.createBTD(x.text(0), x.text(1), o.parameter("uri", x.optionalText(2)));
      }},
-    {"updateBTD", "NAME CONTENT [URI]",
+    {"updateBTD", "NAME CONTENT [URI]", "Replace a BTD; shows its URI.",
      [](A& a, const Args& x, Out& o) {
        a.updateBTD(x.text(0), x.text(1), o.parameter("uri", x.optionalText(2)));
      }},
-    {"btdExists", "NAME", [](A& a, const Args& x, Out& o) { o.result = a.btdExists(x.text(0)); }},
-    {"getBTD", "NAME [CONTENT] [URI]",
+    {"btdExists", "NAME", "Whether the BTD exists: true or false.", [](A& a, const Args& x, Out& o) { o.result = a.btdExists(x.text(0)); }},
+    {"getBTD", "NAME [CONTENT] [URI]", "Shows the BTD's content and URI.",
      [](A& a, const Args& x, Out& o) {
        KorWstring& content = o.parameter("content", x.optionalText(1));
        a.getBTD(x.text(0), content, o.parameter("uri", x.optionalText(2)));
      }},
-    {"deleteBTD", "NAME", [](A& a, const Args& x, Out&) { a.deleteBTD(x.text(0)); }},
-    {"listBTDs", "[URI...]",
+    {"deleteBTD", "NAME", "Delete a BTD.", [](A& a, const Args& x, Out&) { a.deleteBTD(x.text(0)); }},
+    {"listBTDs", "[URI...]", "The URIs of every BTD, appended to the ones given.",
      [](A& a, const Args& x, Out& o) { a.listBTDs(o.parameter("uris", x.textsFrom(0))); }},
-    {"getBTDNames", "[NAMES]",
+    {"getBTDNames", "[NAMES]", "The names of every BTD, as a list and joined by one space.",
      [](A& a, const Args& x, Out& o) { o.result = a.getBTDNames(o.parameter("names", x.optionalText(0))); }},
-    {"getPolicyNames", "TYPE [NAMES]",
+    {"getPolicyNames", "TYPE [NAMES]", "The names of the policies of one type, as a list and joined.",
      [](A& a, const Args& x, Out& o) {
        o.result = a.getPolicyNames(x.text(0), o.parameter("names", x.optionalText(1)));
      }},
-    {"setRepositoryDetails", "T1 T2 T3 FLAG T5 T6 INT",
+    {"setRepositoryDetails", "T1 T2 T3 FLAG T5 T6 INT", "Pass repository details on to the registry.",
      [](A& a, const Args& x, Out&) {
        bool flag = x.flag(3);
        int value = x.integer(6);
        a.setRepositoryDetails(x.text(0), x.text(1), x.text(2), flag, x.text(4), x.text(5), value);
      }},
-    {"createService", "NAME NAMESPACE DOCUMENT",
+    {"createService", "NAME NAMESPACE DOCUMENT", "Create a service.",
      [](A& a, const Args& x, Out&) { a.createService(x.text(0), x.text(1), x.text(2)); }},
-    {"getServices", "", [](A& a, const Args&, Out& o) { o.result = a.getServices(); }},
-    {"getService", "NAME",
+    {"getServices", "", "Every service (name and namespace).", [](A& a, const Args&, Out& o) { o.result = a.getServices(); }},
+    {"getService", "NAME", "Whether the service exists: true and the service, or false.",
      [](A& a, const Args& x, Out& o) {
        o.result = a.getService(x.text(0), o.parameter("service", KorISRService()));
      }},
-    {"serviceExists", "NAME NAMESPACE",
+    {"serviceExists", "NAME NAMESPACE", "Whether the service exists in the namespace: true or false.",
      [](A& a, const Args& x, Out& o) { o.result = a.serviceExists(x.text(0), x.text(1)); }},
-    {"deleteService", "NAME", [](A& a, const Args& x, Out&) { a.deleteService(x.text(0)); }},
-    {"stopMessageFlow", "T1 T2 T3 T4",
+    {"deleteService", "NAME", "Delete a service.", [](A& a, const Args& x, Out&) { a.deleteService(x.text(0)); }},
+    {"stopMessageFlow", "T1 T2 T3 T4", "Pass a message-flow stop on to the registry.",
      [](A& a, const Args& x, Out&) { a.stopMessageFlow(x.text(0), x.text(1), x.text(2), x.text(3)); }},
-    {"dump", "[TYPE...]",
+    {"dump", "[TYPE...]", "A script of this shell's commands that rebuilds the registry.",
      [](A& a, const Args& x, Out& o) { o.result = Script{dumpRegistry(a, x.textsFrom(0))}; }},
-    {"quit", "", nullptr},
-    {"exit", "", nullptr},
-    {"reset", "",
+    {"quit", "", "End the input, in a script or a pipe as at a terminal.", nullptr},
+    {"exit", "", "End the input, in a script or a pipe as at a terminal.", nullptr},
+    {"reset", "", "Empty the in-memory registry (--container-kind 1 only).",
      [](A& a, const Args&, Out&) {
        auto* stub = dynamic_cast<KorISRAdapterStub*>(&a);
        if (stub == nullptr) {

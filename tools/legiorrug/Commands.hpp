@@ -70,6 +70,8 @@ struct Command {
   // For people and for the argument count: a word in [] is optional, and
   // one ending in "...]" takes any number of words.
   std::string_view parameters;
+  // What it does, in one line: for help COMMAND and the manual page.
+  std::string_view summary;
   // None for the commands that end the input.
   void (*run)(KorISRAdapter& adapter, const Arguments& arguments, Outcome& outcome);
 };

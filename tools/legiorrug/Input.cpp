@@ -318,6 +318,9 @@ private:
     for (const Command& command : commands()) {
       if (name.empty() || command.name == name) {
         std::fprintf(options_.prompts, "  %s\n", usage(command).c_str());
+        if (!name.empty()) {
+          std::fprintf(options_.prompts, "    %.*s\n", static_cast<int>(command.summary.size()), command.summary.data());
+        }
       }
     }
     bool known = std::any_of(commands().begin(), commands().end(),

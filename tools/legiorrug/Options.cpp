@@ -19,7 +19,7 @@ std::string commandList() {
       "is true or false, INT a 32-bit integer.\n"
       "reset works on the in-memory registry only.\n";
   for (const Command& command : commands()) {
-    text += "  " + usage(command) + "\n";
+    text += "  " + usage(command) + "\n      " + std::string(command.summary) + "\n";
   }
   return text +
          "An argument written @FILE takes its value from the file, read as UTF-8 ('@...' stays as "
