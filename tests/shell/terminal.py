@@ -38,7 +38,7 @@ def leave():
 start()
 send(b"", '"help" lists the commands')
 send(b"btdEx\t a\r", "1 btdExists: false")  # Tab completes the name
-send(b"help createBTD\r", "createBTD NAME CONTENT [URI]")
+send(b"help createBTD\r", "createBTD NAME CONTENT [URI]", "Create a business transaction definition")
 os.write(fd, b"createBTD half-typed")
 for keys in b"\x03", b"\x03":  # Ctrl-C drops the line, or none, and says nothing else
     shown = send(keys)

@@ -69,7 +69,8 @@ using Out = Outcome;
 
 // The adapter's operations in their interface order, then the shell's own.
 const std::vector<Command> table = {
-    {"migratePoliciesFromISR", "", "Ask the registry to migrate its policies.", [](A& a, const Args&, Out&) { a.migratePoliciesFromISR(); }},
+    {"migratePoliciesFromISR", "", "Ask the registry to migrate its policies.",
+     [](A& a, const Args&, Out&) { a.migratePoliciesFromISR(); }},
     {"createPolicy", "TYPE NAME DOCUMENT [URI]", "Create a policy; shows the URI the registry gives.",
      [](A& a, const Args& x, Out& o) {
        a.createPolicy(x.text(0), x.text(1), x.text(2), o.parameter("uri", x.optionalText(3)));
@@ -85,7 +86,8 @@ const std::vector<Command> table = {
        KorWstring& document = o.parameter("document", x.optionalText(2));
        a.getPolicy(x.text(0), x.text(1), document, o.parameter("uri", x.optionalText(3)));
      }},
-    {"deletePolicy", "TYPE NAME", "Delete a policy.", [](A& a, const Args& x, Out&) { a.deletePolicy(x.text(0), x.text(1)); }},
+    {"deletePolicy", "TYPE NAME", "Delete a policy.",
+     [](A& a, const Args& x, Out&) { a.deletePolicy(x.text(0), x.text(1)); }},
     {"createBTD", "NAME CONTENT [URI]", "Create a business transaction definition (BTD); shows its URI.",
      [](A& a, const Args& x, Out& o) {
        a.createBTD(x.text(0), x.text(1), o.parameter("uri", x.optionalText(2)));
@@ -94,7 +96,8 @@ const std::vector<Command> table = {
      [](A& a, const Args& x, Out& o) {
        a.updateBTD(x.text(0), x.text(1), o.parameter("uri", x.optionalText(2)));
      }},
-    {"btdExists", "NAME", "Whether the BTD exists: true or false.", [](A& a, const Args& x, Out& o) { o.result = a.btdExists(x.text(0)); }},
+    {"btdExists", "NAME", "Whether the BTD exists: true or false.",
+     [](A& a, const Args& x, Out& o) { o.result = a.btdExists(x.text(0)); }},
     {"getBTD", "NAME [CONTENT] [URI]", "Shows the BTD's content and URI.",
      [](A& a, const Args& x, Out& o) {
        KorWstring& content = o.parameter("content", x.optionalText(1));
@@ -117,14 +120,16 @@ const std::vector<Command> table = {
      }},
     {"createService", "NAME NAMESPACE DOCUMENT", "Create a service.",
      [](A& a, const Args& x, Out&) { a.createService(x.text(0), x.text(1), x.text(2)); }},
-    {"getServices", "", "Every service (name and namespace).", [](A& a, const Args&, Out& o) { o.result = a.getServices(); }},
+    {"getServices", "", "Every service (name and namespace).",
+     [](A& a, const Args&, Out& o) { o.result = a.getServices(); }},
     {"getService", "NAME", "Whether the service exists: true and the service, or false.",
      [](A& a, const Args& x, Out& o) {
        o.result = a.getService(x.text(0), o.parameter("service", KorISRService()));
      }},
     {"serviceExists", "NAME NAMESPACE", "Whether the service exists in the namespace: true or false.",
      [](A& a, const Args& x, Out& o) { o.result = a.serviceExists(x.text(0), x.text(1)); }},
-    {"deleteService", "NAME", "Delete a service.", [](A& a, const Args& x, Out&) { a.deleteService(x.text(0)); }},
+    {"deleteService", "NAME", "Delete a service.",
+     [](A& a, const Args& x, Out&) { a.deleteService(x.text(0)); }},
     {"stopMessageFlow", "T1 T2 T3 T4", "Pass a message-flow stop on to the registry.",
      [](A& a, const Args& x, Out&) { a.stopMessageFlow(x.text(0), x.text(1), x.text(2), x.text(3)); }},
     {"dump", "[TYPE...]", "A script of this shell's commands that rebuilds the registry.",
@@ -252,7 +257,8 @@ std::optional<Report> run(KorISRAdapter& adapter, std::size_t lineNumber, std::s
   report.op = toWtf8(name.text);
   const Command* command = name.fromFile ? nullptr : find(name.text);
   if (command == nullptr) {
-    report.failure = UsageError{"unknown command " + quote(name) + " (" + std::string(helpCommand) + " lists the commands)"};
+    report.failure = UsageError{"unknown command " + quote(name) + " (" + std::string(helpCommand) +
+                                " lists the commands)"};
     return report;
   }
   ArgumentCount count = countOf(command->parameters);

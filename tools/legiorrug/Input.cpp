@@ -319,7 +319,8 @@ private:
       if (name.empty() || command.name == name) {
         std::fprintf(options_.prompts, "  %s\n", usage(command).c_str());
         if (!name.empty()) {
-          std::fprintf(options_.prompts, "    %.*s\n", static_cast<int>(command.summary.size()), command.summary.data());
+          std::fprintf(options_.prompts, "    %.*s\n", static_cast<int>(command.summary.size()),
+                       command.summary.data());
         }
       }
     }

@@ -97,9 +97,10 @@ int run(Input& input, KorISRAdapter& adapter, Output& output, TraceSink* trace, 
     }
     std::size_t number = input.lineNumber();
     std::optional<Report> report =
-        read == Read::line ? runLine(adapter, number, line, input.interactive() ? "help" : "legiorrug --help")
-                           : Report::usage(number, "the line is longer than " + std::to_string(maxLineBytes) +
-                                                       " bytes; a longer value can come from a file, written @FILE");
+        read == Read::line
+            ? runLine(adapter, number, line, input.interactive() ? "help" : "legiorrug --help")
+            : Report::usage(number, "the line is longer than " + std::to_string(maxLineBytes) +
+                                        " bytes; a longer value can come from a file, written @FILE");
     if (report && report->endsInput) {
       break;
     }
