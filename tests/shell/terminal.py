@@ -5,7 +5,6 @@ signal.alarm(60)  # a shell that does not leave fails the test
 program, home = sys.argv[1], sys.argv[3] + "/tests/shell/terminal.home"
 shutil.rmtree(home, ignore_errors=True)
 os.makedirs(home)
-environment = {k: v for k, v in os.environ.items() if not k.startswith("LC_")}
 seen, name = b"", "\u00e9\u65e5\U0001F600"  # two, three and four bytes
 
 
@@ -13,7 +12,9 @@ def start():  # a session in the C locale, which types UTF-8 all the same
     global pid, fd
     pid, fd = pty.fork()
     if pid == 0:
-        os.execve(program, [program, "--container-kind", "1"], {**environment, "HOME": home, "LANG": "C"})
+        os.execve(program, [program, "--container-kind", "1"],
+                  {**{k: v for k, v in os.environ.items() if k[:3] != "LC_"}, "HOME": home, "LANG": "C"})
+
 
 def send(keys, *answers):  # types keys, then waits for each answer and the next prompt; what it saw
     global seen
