@@ -50,15 +50,15 @@ TEST(KorMutexTest, OnlyTheOwnerRelocksAndUnlocks) {
   for (std::size_t i = 0; i < 3; ++i) {
     EXPECT_EQ(records[i].kind, KorLogKind::systemError);
     EXPECT_NE(toString(records[i]).find("\"include/KorMutex\""), std::string::npos) << toString(records[i]);
-    EXPECT_NE(toString(records[i]).find(i < 2 ? "\"Relayed by KorMutex::unlock\"" : "\"Relayed by KorMutex::lock\""),
+    EXPECT_NE(toString(records[i])
+                  .find(i < 2 ? "\"Relayed by KorMutex::unlock\"" : "\"Relayed by KorMutex::lock\""),
               std::string::npos);
   }
 }
 
 std::vector<std::int32_t> fieldsAfter(const char* eyeCatcher, int count) {
   std::vector<std::int32_t> fields(count);
-  std::memcpy(fields.data(), eyeCatcher + 8, count * sizeof(std::int32_t));
-  return fields;
+  return std::memcpy(fields.data(), eyeCatcher + 8, count * sizeof(std::int32_t)), fields;
 }
 
 // A memory dump reads the headers of the mutex and of the scoped lock, and
