@@ -180,12 +180,11 @@ private:
       }
       deadline.tv_sec = now.tv_sec + timeoutMs / 1000;
       deadline.tv_nsec = now.tv_usec * 1000L + (timeoutMs % 1000) * 1000000L;
+      // A negative limit other than -1 can leave the nanoseconds negative;
+      // the wait then fails with EINVAL, a logged failure like any other.
       if (deadline.tv_nsec > 999999999L) {
         deadline.tv_nsec -= 1000000000L;
         ++deadline.tv_sec;
-      } else if (deadline.tv_nsec < 0) {
-        deadline.tv_nsec += 1000000000L;
-        --deadline.tv_sec;
       }
     }
     for (;;) {

@@ -53,7 +53,8 @@ public:
   KorException& operator<<(const KorWstring& text);
   /// Appends a copy of nested as a nested exception item.
   KorException& operator<<(const KorException& nested);
-  /// Replaces the message number. For a translation that learns the number only after building the error.
+  /// Replaces the message number with the one a translation learnt after
+  /// building the error: the Java side's own, never named as a DRX message.
   void setMessageNumber(std::uint32_t messageNumber);
 
   /// Raises a copy of the exception, of its own type.
@@ -80,7 +81,8 @@ public:
   /// The text inserts only, in order.
   std::vector<KorWstring> textInserts() const;
 
-  /// "DRX2112" for the platform's messages, empty for any other number.
+  /// "DRX2112" for the platform's messages, empty for any other number and
+  /// for a translated one.
   std::string messageId() const;
   /// "DRX2112: <first text insert>", or "3001: <first text insert>".
   const char* what() const noexcept override;
@@ -93,6 +95,7 @@ private:
   std::string function_;
   KorWstring traceSource_;
   std::uint32_t messageNumber_;
+  bool translated_ = false;
   KorLogToken token_;
   std::vector<KorExceptionInsert> inserts_;
   std::string what_;

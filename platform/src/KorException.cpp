@@ -31,6 +31,7 @@ KorException& KorException::operator<<(const KorWstring& text) {
 
 void KorException::setMessageNumber(std::uint32_t messageNumber) {
   messageNumber_ = messageNumber;
+  translated_ = true;
   renderWhat();
 }
 
@@ -50,7 +51,7 @@ std::vector<KorWstring> KorException::textInserts() const {
 }
 
 std::string KorException::messageId() const {
-  if ((messageNumber_ & drxBase) != drxBase) {
+  if (translated_ || (messageNumber_ & drxBase) != drxBase) {
     return {};
   }
   char id[16];

@@ -69,6 +69,7 @@ void KorJniReturn::logJavaExceptionToBrokerTrace(jthrowable& throwable) {
 }
 
 void KorJniReturn::processRootKnownException(KorRecoverableException& error) {
+  error.setMessageNumber(static_cast<std::uint32_t>(messageNumber_));
   KorJniLocalRef<> exception(
       env_, env_->GetObjectArrayElement(static_cast<jobjectArray>(knownExceptionHolder_), 0));
   if (env_->ExceptionCheck()) {

@@ -1,4 +1,5 @@
 #include "KorISRAdapterJniManager.hpp"
+#include "KorISRAdapterImpl.hpp"
 #include "TestJvm.hpp"
 
 #include <KorException.hpp>
@@ -78,10 +79,12 @@ TEST_F(JniManagerTest, AMissingMethodIsTracedAndTheRowsBeforeItKept) {
 // Needs a process of its own: the fatal class is read when the manager is made.
 TEST_F(JniManagerTest, AFatalClassThatIsAlsoKnownIsFatal) {
   KorJNISetup::setFatalClassName("com/vantor/broker/plugin/LxRecoverableException");
-  const KorISRAdapterJniManager* manager = KorISRAdapterJniManager::instance();
-  env->Throw(static_cast<jthrowable>(renumbered(env)));
-  KorJniReturn outcome(env, manager);
-  EXPECT_TRUE(outcome.exceptionThrown() && outcome.fatal() && outcome.known());
+  try {
+    KorISRAdapterImpl(KorWstringText::fromUtf8("b")).deleteBTD(KorWstringText::fromUtf8("missing"));
+    FAIL() << "no exception";
+  } catch (const KorFatalException& error) {
+    EXPECT_EQ(error.messageNumber(), korMessageNumber(3702));
+  }
 }
 
 TEST_F(JniManagerTest, AMissingFatalClassRaisesWithNothingLeftPending) {
@@ -90,8 +93,24 @@ TEST_F(JniManagerTest, AMissingFatalClassRaisesWithNothingLeftPending) {
   EXPECT_FALSE(env->ExceptionCheck());
 }
 
+// The manager made with the debug print on says that the lookup went well.
 TEST_F(JniManagerTest, UnpackingReadsTheNumberAgainAndAppendsTheInserts) {
+  KorJNISetup::setDebugPrint(true);
+  auto capture = std::make_shared<KorLogCapture>();
+  KorLogSink::install(capture);
+  KorLog::iEffectiveLogFilter = 3;
+  testing::internal::CaptureStdout();
   const KorISRAdapterJniManager* manager = KorISRAdapterJniManager::instance();
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "KorISRAdapterJniManager::initialise : findClassesAndMethods OK\n");
+  KorLog::iEffectiveLogFilter = 0;
+  KorLogSink::install(nullptr);
+  const auto& records = capture->records();
+  EXPECT_EQ(std::count_if(
+                records.begin(), records.end(),
+                [](const auto& record) { return record.function == "KorISRAdapterJniManager::initialise"; }),
+            2)
+      << "its entry and exit items";
   jobject exception = renumbered(env);
   env->Throw(static_cast<jthrowable>(exception));
   KorJniReturn outcome(env, manager);

@@ -43,6 +43,11 @@ TEST(KorExceptionTest, MessageIdAndWhat) {
     EXPECT_EQ(error.messageId(), row.messageId) << row.what;
     EXPECT_STREQ(error.what(), row.what);
   }
+  // A Java side's number is its own, whatever its top bits.
+  KorRecoverableException translated("f", 1, "fn", KorLog::iDefaultLogSource, 0xFFFFFFFF, 7);
+  translated.setMessageNumber(0xFFFFFFFF);
+  translated << "neg";
+  EXPECT_STREQ(translated.what(), "4294967295: neg");
 }
 
 } // namespace

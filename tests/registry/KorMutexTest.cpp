@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstring>
 #include <future>
 #include <new>
 #include <string_view>
@@ -25,7 +26,8 @@ int lockElsewhere(KorMutex& mutex, int timeoutMs) {
 }
 
 // The owner relocks and must unlock as often; an unlock by another thread
-// fails, is logged and changes nothing.
+// fails, is logged and changes nothing, and so does a negative limit other
+// than -1 whose deadline falls to negative nanoseconds.
 TEST(KorMutexTest, OnlyTheOwnerRelocksAndUnlocks) {
   auto capture = std::make_shared<KorLogCapture>();
   KorLogSink::install(capture);
@@ -36,23 +38,43 @@ TEST(KorMutexTest, OnlyTheOwnerRelocksAndUnlocks) {
   EXPECT_EQ(std::async(std::launch::async, [&mutex] { return mutex.unlock(); }).get(), 0);
   EXPECT_EQ(mutex.unlock(), 1);
   EXPECT_EQ(lockElsewhere(mutex, 0), 0);
+  for (timeval now{}; gettimeofday(&now, nullptr) == 0 && now.tv_usec > 400000;) {
+    std::this_thread::sleep_for(milliseconds(50));
+  }
+  EXPECT_EQ(lockElsewhere(mutex, -500), -1);
   EXPECT_EQ(mutex.unlock(), 1);
   EXPECT_EQ(lockElsewhere(mutex, 0), 1);
   KorLogSink::install(nullptr);
-  ASSERT_EQ(capture->records().size(), 2U);
-  for (const KorLogRecord& record : capture->records()) {
-    EXPECT_EQ(record.kind, KorLogKind::systemError);
-    EXPECT_NE(toString(record).find("\"include/KorMutex\""), std::string::npos) << toString(record);
-    EXPECT_NE(toString(record).find("\"Relayed by KorMutex::unlock\""), std::string::npos);
+  const auto& records = capture->records();
+  ASSERT_EQ(records.size(), 3U);
+  for (std::size_t i = 0; i < 3; ++i) {
+    EXPECT_EQ(records[i].kind, KorLogKind::systemError);
+    EXPECT_NE(toString(records[i]).find("\"include/KorMutex\""), std::string::npos) << toString(records[i]);
+    EXPECT_NE(toString(records[i])
+                  .find(i < 2 ? "\"Relayed by KorMutex::unlock\"" : "\"Relayed by KorMutex::lock\""),
+              std::string::npos);
   }
 }
 
-// A memory dump tells a destroyed mutex from a live one.
-TEST(KorMutexTest, DestructionMarksTheEyeCatcher) {
+std::vector<std::int32_t> fieldsAfter(const char* eyeCatcher, int count) {
+  std::vector<std::int32_t> fields(count);
+  return std::memcpy(fields.data(), eyeCatcher + 8, count * sizeof(std::int32_t)), fields;
+}
+
+// A memory dump reads the headers of the mutex and of the scoped lock, and
+// tells a destroyed mutex from a live one.
+TEST(KorMutexTest, DumpFields) {
   alignas(KorMutex) char storage[sizeof(KorMutex)];
   auto* mutex = new (storage) KorMutex;
   const std::string_view bytes(storage, sizeof storage);
-  EXPECT_NE(bytes.find(">DRXDDIM"), std::string_view::npos);
+  ASSERT_NE(bytes.find(">DRXDDIM"), std::string_view::npos);
+  EXPECT_EQ(fieldsAfter(storage + bytes.find(">DRXDDIM"), 3),
+            (std::vector<std::int32_t>{8, sizeof(KorMutex), 1}));
+  alignas(KorMutexLock) char lockStorage[sizeof(KorMutexLock)];
+  auto* lock = new (lockStorage) KorMutexLock(*mutex);
+  EXPECT_EQ(std::string_view(lockStorage, 8), ">DRXDDII");
+  EXPECT_EQ(fieldsAfter(lockStorage, 2), (std::vector<std::int32_t>{0, 32}));
+  lock->~KorMutexLock();
   mutex->~KorMutex();
   EXPECT_NE(bytes.find("0DRXDDIM"), std::string_view::npos);
 }

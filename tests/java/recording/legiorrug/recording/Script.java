@@ -1,5 +1,6 @@
 package legiorrug.recording;
 
+import com.vantor.broker.plugin.LxException;
 import com.vantor.broker.plugin.LxRecoverableException;
 import java.lang.reflect.Array;
 import java.util.ArrayList;
@@ -17,7 +18,8 @@ import java.util.stream.Collectors;
  * "null"; "=text" (a text, "=false" for a boolean, "=x" a record built from x);
  * "[a,null]" an array of records built from each name, "null" a null element;
  * "known|number|text|insert..." an LxRecoverableException ("~" a null text or insert,
- * "!" an insert whose toString throws); "other" an IllegalStateException; "fatal" an Error.
+ * "!" an insert whose toString throws); "plain|number|text" a plain LxException;
+ * "other" an IllegalStateException; "fatal" an Error.
  * With -Dlegiorrug.recording.echo=true each call is printed to System.err as
  * well, for hosts that cannot read the log.
  */
@@ -45,7 +47,7 @@ public final class Script {
     }
 
     public static synchronized Object answer(String call, Object fallback, Function<String, Object> record,
-            Object... args) throws LxRecoverableException {
+            Object... args) throws LxException {
         LOG.add(call + Arrays.stream(args).map(String::valueOf).collect(Collectors.joining(",", "(", ")")));
         if (Boolean.getBoolean("legiorrug.recording.echo")) {
             System.err.println(LOG.get(LOG.size() - 1));
@@ -59,6 +61,7 @@ public final class Script {
             case "null": return null;
             case "other": throw new IllegalStateException("scripted");
             case "fatal": throw new Error("scripted");
+            case "plain": throw new LxException(Long.parseLong(parts[1]), parts[2]);
             case "known": throw new LxRecoverableException(Long.parseLong(parts[1]),
                     parts[2].equals("~") ? null : parts[2],
                     Arrays.stream(parts, 3, parts.length).map(Script::insert).toArray());
@@ -81,7 +84,7 @@ public final class Script {
     }
 
     /** A text answer. */
-    public static String text(String call, String fallback) throws LxRecoverableException {
+    public static String text(String call, String fallback) throws LxException {
         return (String) answer(call, fallback, null);
     }
 
