@@ -35,7 +35,11 @@ bool jvmRunning() {
 // Why the row cannot run, or empty.
 std::string skipReason(const Requirement& row, const std::map<std::string, const RowResult*>& done,
                        bool resolved) {
-  if (row.usesAdapter && !resolved) {
+  if (!resolved && row.group == "resolution") {
+    return "unresolved: the library resolves the table in one pass that stops at the first class or method "
+           "missing, so a broker meets this one unresolved too";
+  }
+  if (!resolved && (row.usesAdapter || row.id == "adapter")) {
     return "needs every class and method to resolve: the library resolves them in one pass that stops at "
            "the first one missing";
   }

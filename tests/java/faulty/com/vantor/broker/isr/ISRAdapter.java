@@ -11,7 +11,8 @@ import java.util.concurrent.ConcurrentHashMap;
  * legiorrug.fault: "null-uri" (a created BTD answers no URI), "plain-exception" (a missing BTD raises a
  * RuntimeException), "unsynchronised" (the BTDs live in a HashMap that listings walk while others write),
  * "null-element" (the BTD listing ends with a null element), "cut-at-nul" (a BTD's content is stored up to its
- * first U+0000). Policies and services are kept correctly.
+ * first U+0000); and two registries that differ from the reference but not from what the library needs:
+ * "replace" (createBTD replaces a BTD that exists), "silent-delete" (deleteBTD of a missing BTD does nothing). Policies and services are kept correctly.
  */
 public final class ISRAdapter {
     private static final String FAULT = System.getProperty("legiorrug.fault", "");
@@ -42,7 +43,9 @@ public final class ISRAdapter {
     }
 
     public void createBTD(BTDDocument b) throws Exception {
-        if (btds.putIfAbsent(b.getName(), content(b)) != null) {
+        if (FAULT.equals("replace")) {
+            btds.put(b.getName(), content(b));
+        } else if (btds.putIfAbsent(b.getName(), content(b)) != null) {
             throw RegistryMessages.btdExists(b.getName());
         }
         b.setUri(FAULT.equals("null-uri") ? null : btdUri(b.getName()));
@@ -60,7 +63,9 @@ public final class ISRAdapter {
     }
 
     public void deleteBTD(String name) throws Exception {
-        existingBtd(name);
+        if (!FAULT.equals("silent-delete")) {
+            existingBtd(name);
+        }
         btds.remove(name);
     }
 
