@@ -244,10 +244,36 @@ std::string kind(const JavaMethod& method) {
                                               : "an instance method";
 }
 
-void checkClass(const JavaClass& javaClass) {
+// The jar or folder a class came from, so that an author sees which of their entries answered.
+std::string origin(JNIEnv* env, jclass cls) {
+  if (env->PushLocalFrame(8) != JNI_OK) {
+    env->ExceptionClear();
+    return "an unknown place";
+  }
+  std::string where = "the JVM's own classes";
+  try {
+    jobject domain = callObject(env, cls, "getProtectionDomain", "()Ljava/security/ProtectionDomain;");
+    jobject source =
+        env->CallObjectMethod(domain, methodOf(env, domain, "getCodeSource", "()Ljava/security/CodeSource;"));
+    checked(env, 0);
+    if (source != nullptr) {
+      jobject location = callObject(env, source, "getLocation", "()Ljava/net/URL;");
+      where = javaText(env, callObject<jstring>(env, location, "getPath", "()Ljava/lang/String;"));
+    }
+  } catch (const ReflectionFailed&) {
+    where = "an unknown place";
+  }
+  env->PopLocalFrame(nullptr);
+  return where;
+}
+
+void checkClass(Probe& p, const JavaClass& javaClass) {
   JNIEnv* env = KorJVM::getEnvironment();
   Lookup lookup = lookUp(env, javaClass.name, nullptr);
   if (lookup.cls != nullptr) {
+    p.evidence.push_back({Verdict::pass, std::string("loadClass(\"") + javaClass.name + "\")",
+                          "loaded from " + origin(env, lookup.cls),
+                          "the class, from the registry's jar or folder"});
     env->DeleteGlobalRef(lookup.cls);
   }
   if (!lookup.found) {
@@ -286,7 +312,7 @@ std::vector<Requirement> resolutionRequirements() {
                     "class " + std::string(javaClass.name) + " loads",
                     {},
                     false,
-                    [&javaClass](Probe&) { checkClass(javaClass); }});
+                    [&javaClass](Probe& p) { checkClass(p, javaClass); }});
     for (const JavaMethod& method : javaClass.methods) {
       rows.push_back({classId + "." + method.name + method.signature,
                       "resolution",

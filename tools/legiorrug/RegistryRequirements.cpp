@@ -195,7 +195,8 @@ void expectKnown(Probe& p, const std::shared_ptr<const KorException>& error, con
   if (error == nullptr) {
     // Either rule is the registry's own to choose: shown as information.
     p.note(ifAnswered, "it answered normally",
-           ifAnswered == Verdict::pass ? "either an answer or " + needed + ": the registry decides which "
+           ifAnswered == Verdict::pass ? "either an answer or " + needed +
+                                             ": the registry decides which "
                                              "names exist, and the library passes on either"
                                        : needed + ": the library raises DRX3701 when it gets nothing else");
   } else if (isLibraryMessage(*error)) {
@@ -534,7 +535,8 @@ std::vector<Requirement> registryRequirements() {
   std::vector<Requirement> more = {
       {"missing btd",
        "failures",
-       "getBTD and updateBTD of a missing BTD raise an LxRecoverableException; deleteBTD raises one or ignores it",
+       "getBTD and updateBTD of a missing BTD raise an LxRecoverableException; deleteBTD raises one or "
+       "ignores it",
        {},
        true,
        missingBTD},
@@ -546,7 +548,8 @@ std::vector<Requirement> registryRequirements() {
        existingBTD},
       {"missing policy",
        "failures",
-       "getPolicy and updatePolicy of a missing policy raise an LxRecoverableException; deletePolicy raises one or ignores it",
+       "getPolicy and updatePolicy of a missing policy raise an LxRecoverableException; deletePolicy raises "
+       "one or ignores it",
        {},
        true,
        missingPolicy},
