@@ -136,6 +136,7 @@ for case, args, failing in [
         ("unsynchronised", faulty + "unsynchronised", {"8 threads": "ConcurrentModificationException|listed"}),
         ("null_element", faulty + "null-element", {"getBTDs answers an array": "DRX3703.*BTDDocument_getUri"}),
         ("cut_at_nul", faulty + "cut-at-nul", {"a BTD reads back as stored, changed and gone: U+0000": '^the document "<doc>"$'}),
+        ("new_instance", faulty + "new-instance", {"ISRAdapter.getInstance answers the same": "a new object on the second call a new object on another thread"}),
         ("alone", "", {"class com/vantor/broker/isr/ISRAdapter loads": "ClassNotFoundException"}),
         ("replace_on_create", faulty + "replace", {}), ("silent_delete", faulty + "silent-delete", {})]:
     row("check_registry_" + case, check % case + args, 1 if failing else 0, err=".*", failing=failing)

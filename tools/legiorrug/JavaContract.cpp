@@ -6,12 +6,14 @@
 #include "Requirements.hpp"
 
 #include <KorJNI.hpp>
+#include <KorJVM.hpp>
 #include <KorJniRef.hpp>
 #include <KorLog.hpp>
 #include <KorLogSink.hpp>
 #include <KorWstringText.hpp>
 
 #include <string>
+#include <thread>
 #include <type_traits>
 #include <vector>
 
@@ -301,6 +303,42 @@ void checkMethod(const JavaClass& javaClass, const JavaMethod& method) {
   }
 }
 
+// getInstance twice here and once on another thread: a host that deletes and
+// re-creates its adapter, or calls from a new thread, must meet the same data.
+void sameInstance(Probe& p) {
+  const JavaClass& adapter = contract.front();
+  const JavaMethod& getInstance = adapter.methods.front();
+  JNIEnv* env = KorJVM::getEnvironment();
+  Lookup lookup = lookUp(env, adapter.name, &getInstance);
+  struct Drop {
+    JNIEnv* env;
+    jclass cls;
+    ~Drop() { env->DeleteGlobalRef(cls); }
+  } drop{env, lookup.cls};
+  std::string got;
+  try {
+    jmethodID id = checked(env, env->GetStaticMethodID(drop.cls, getInstance.name, getInstance.signature));
+    KorJniLocalRef<> first(env, checked(env, env->CallStaticObjectMethod(drop.cls, id)));
+    KorJniLocalRef<> second(env, checked(env, env->CallStaticObjectMethod(drop.cls, id)));
+    got = env->IsSameObject(first.get(), second.get()) ? "" : "a new object on the second call";
+    std::thread([&] {
+      JNIEnv* other = KorJVM::getEnvironment();
+      KorJniLocalRef<> third(other, other->CallStaticObjectMethod(drop.cls, id));
+      other->ExceptionClear();
+      got += other->IsSameObject(first.get(), third.get()) ? "" : " a new object on another thread";
+    }).join();
+  } catch (const ReflectionFailed&) {
+    got = "an exception or null";
+  }
+  if (!got.empty()) {
+    throw Evidence{
+        Verdict::fail, "ISRAdapter.getInstance()", got,
+        "the same adapter on every call and every thread: the library keeps the one it gets first, "
+        "and a host that re-creates its adapter or calls from another thread must see the same "
+        "registry"};
+  }
+}
+
 } // namespace
 
 std::vector<Requirement> resolutionRequirements() {
@@ -323,5 +361,11 @@ std::vector<Requirement> resolutionRequirements() {
                       [&javaClass, &method](Probe&) { checkMethod(javaClass, method); }});
     }
   }
+  rows.push_back({"one instance",
+                  "answers",
+                  "ISRAdapter.getInstance answers the same object on every call and every thread",
+                  {rows.front().id + ".getInstance" + contract.front().methods.front().signature},
+                  false,
+                  sameInstance});
   return rows;
 }

@@ -11,7 +11,7 @@ import java.util.concurrent.ConcurrentHashMap;
  * legiorrug.fault: "null-uri" (a created BTD answers no URI), "plain-exception" (a missing BTD raises a
  * RuntimeException), "unsynchronised" (the BTDs live in a HashMap that listings walk while others write),
  * "null-element" (the BTD listing ends with a null element), "cut-at-nul" (a BTD's content is stored up to its
- * first U+0000); and two registries that differ from the reference but not from what the library needs:
+ * first U+0000), "new-instance" (getInstance answers a new, empty registry); and two registries that differ from the reference but not from what the library needs:
  * "replace" (createBTD replaces a BTD that exists), "silent-delete" (deleteBTD of a missing BTD does nothing). Policies and services are kept correctly.
  */
 public final class ISRAdapter {
@@ -22,7 +22,7 @@ public final class ISRAdapter {
     private final Map<String, String> policies = new ConcurrentHashMap<>();
     private final Map<String, ISRService> services = new ConcurrentHashMap<>();
 
-    public static ISRAdapter getInstance() { return INSTANCE; }
+    public static ISRAdapter getInstance() { return FAULT.equals("new-instance") ? new ISRAdapter() : INSTANCE; }
 
     private static String btdUri(String name) { return "/btd/" + name; }
 
