@@ -1,8 +1,7 @@
-# End-to-end tests of the legiorrug shell: check.py PROGRAM SOURCE_DIR BINARY_DIR. Each row runs the program
-# once, in BINARY_DIR, and checks its exit status, its exact standard output (bytes, or a file of cases/),
-# that its standard error matches err and does not match forbid, or is the message says. A --check-registry
-# row names the requirements that fail (the start of each name, and what the evidence must show); its
-# --junit file must validate against junit.xsd.
+# End-to-end tests of the shell: check.py PROGRAM SOURCE_DIR BINARY_DIR. Each row runs the program once in
+# BINARY_DIR and checks its exit status, exact standard output (bytes, or a file of cases/), that standard error
+# matches err and not forbid, or is the message says; a --check-registry row names the requirements that fail
+# (each name's start and what its evidence shows), and its --junit file must validate against junit.xsd.
 import concurrent.futures, difflib, json, os, re, shutil, subprocess, sys, zipfile
 
 program, source, binary = sys.argv[1:]
