@@ -1,8 +1,7 @@
-# End-to-end tests of the legiorrug shell: check.py PROGRAM SOURCE_DIR BINARY_DIR. Each row runs the program
-# once, in BINARY_DIR, and checks its exit status, its exact standard output (bytes, or a file of cases/),
-# that its standard error matches err and does not match forbid, or is the message says. A --check-registry
-# row names the requirements that fail (the start of each name, and what the evidence must show); its
-# --junit file must validate against junit.xsd.
+# End-to-end tests of the shell: check.py PROGRAM SOURCE_DIR BINARY_DIR. Each row runs the program once in
+# BINARY_DIR and checks its exit status, exact standard output (bytes, or a file of cases/), that standard error
+# matches err and not forbid, or is the message says; a --check-registry row names the requirements that fail
+# (each name's start and what its evidence shows), and its --junit file must validate against junit.xsd.
 import concurrent.futures, difflib, json, os, re, shutil, subprocess, sys, zipfile
 
 program, source, binary = sys.argv[1:]
@@ -125,19 +124,22 @@ for option in "--trace-file /dev/stderr", "--show-java-errors":  # where Java's 
 
 # The registry check: the reference registry passes; each broken registry fails exactly its requirement.
 check = "--check-registry --json --junit tests/shell/%s.xml "
-faulty = "--classpath tests/java/legiorrug-faulty-registry.jar --jvm-option=-Dlegiorrug.fault="
+faulty = "--reference-registry --classpath tests/java/legiorrug-faulty-registry.jar --jvm-option=-Dlegiorrug.fault="
 for case, args, failing in [
-        ("reference", "", {}),
-        ("wrong_descriptor", "--classpath tests/java/legiorrug-wrong-descriptor.jar",
+        ("reference", "--reference-registry", {}),
+        ("wrong_descriptor", "--reference-registry --classpath tests/java/legiorrug-wrong-descriptor.jar",
          {"ISRMigration.migrateISR ()Z": r"^it declares migrateISR \(\)V$"}),
         ("null_uri", faulty + "null-uri", {"createBTD, updateBTD and getBTD answer": "DRX3703.*BTDDocument_getUri"}),
         ("plain_exception", faulty + "plain-exception",
-         {"getBTD, updateBTD and deleteBTD of a missing": "(DRX3701.*RuntimeException.*broker sees DRX3701.*){3}"}),
+         {"getBTD and updateBTD of a missing": "(DRX3701.*RuntimeException.*broker sees DRX3701.*){3}"}),
         ("unsynchronised", faulty + "unsynchronised", {"8 threads": "ConcurrentModificationException|listed"}),
         ("null_element", faulty + "null-element", {"getBTDs answers an array": "DRX3703.*BTDDocument_getUri"}),
-        ("cut_at_nul", faulty + "cut-at-nul", {"a BTD reads back as stored, changed and gone: U+0000": '^the document "<doc>"$'})]:
+        ("cut_at_nul", faulty + "cut-at-nul", {"a BTD reads back as stored, changed and gone: U+0000": '^the document "<doc>"$'}),
+        ("new_instance", faulty + "new-instance", {"ISRAdapter.getInstance answers the same": "a new object on the second call a new object on another thread"}),
+        ("alone", "", {"class com/vantor/broker/isr/ISRAdapter loads": "ClassNotFoundException"}),
+        ("replace_on_create", faulty + "replace", {}), ("silent_delete", faulty + "silent-delete", {})]:
     row("check_registry_" + case, check % case + args, 1 if failing else 0, err=".*", failing=failing)
-row("check_registry_text", "--check-registry", 0, err=r"^\Z")
+row("check_registry_text", "--check-registry --reference-registry", 0, err=r"^\Z")
 row("junit_unwritable", "--check-registry --junit /nonexistent/check.xml", 2,
     err="cannot write the JUnit report to /nonexistent/check.xml: No such file or directory")
 row("junit_needs_check", "--junit tests/shell/none.xml", 2, err="--junit requires --check-registry")

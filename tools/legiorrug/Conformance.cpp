@@ -34,8 +34,13 @@ bool jvmRunning() {
 
 // Why the row cannot run, or empty.
 std::string skipReason(const Requirement& row, const std::map<std::string, const RowResult*>& done,
-                       bool resolved) {
-  if (row.usesAdapter && !resolved) {
+                       const std::string& unresolvedAt) {
+  const bool resolved = unresolvedAt.empty();
+  if (!resolved && row.group == "resolution") {
+    return "unresolved: the library resolves the table in one pass that stops at \"" + unresolvedAt +
+           "\", so a broker meets this one unresolved too";
+  }
+  if (!resolved && (row.usesAdapter || row.id == "adapter")) {
     return "needs every class and method to resolve: the library resolves them in one pass that stops at "
            "the first one missing";
   }
@@ -140,9 +145,9 @@ int checkRegistry(const Options& options, TraceSink* trace) {
   results.reserve(rows.size());
   std::map<std::string, const RowResult*> done;
   Totals totals;
-  bool resolved = true;
+  std::string unresolvedAt;
   for (const Requirement& row : rows) {
-    std::string skipped = skipReason(row, done, resolved);
+    std::string skipped = skipReason(row, done, unresolvedAt);
     RowResult result;
     if (skipped.empty()) {
       result = runRow(row, run);
@@ -151,7 +156,9 @@ int checkRegistry(const Options& options, TraceSink* trace) {
       result.verdict = Verdict::skip;
       result.skipped = std::move(skipped);
     }
-    resolved = resolved && !(row.group == "resolution" && result.verdict == Verdict::fail);
+    if (unresolvedAt.empty() && row.group == "resolution" && result.verdict == Verdict::fail) {
+      unresolvedAt = row.name;
+    }
     count(totals, result.verdict);
     results.push_back(std::move(result));
     done[row.id] = &results.back();

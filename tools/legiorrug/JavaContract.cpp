@@ -6,12 +6,14 @@
 #include "Requirements.hpp"
 
 #include <KorJNI.hpp>
+#include <KorJVM.hpp>
 #include <KorJniRef.hpp>
 #include <KorLog.hpp>
 #include <KorLogSink.hpp>
 #include <KorWstringText.hpp>
 
 #include <string>
+#include <thread>
 #include <type_traits>
 #include <vector>
 
@@ -244,10 +246,36 @@ std::string kind(const JavaMethod& method) {
                                               : "an instance method";
 }
 
-void checkClass(const JavaClass& javaClass) {
+// The jar or folder a class came from, so that an author sees which of their entries answered.
+std::string origin(JNIEnv* env, jclass cls) {
+  if (env->PushLocalFrame(8) != JNI_OK) {
+    env->ExceptionClear();
+    return "an unknown place";
+  }
+  std::string where = "the JVM's own classes";
+  try {
+    jobject domain = callObject(env, cls, "getProtectionDomain", "()Ljava/security/ProtectionDomain;");
+    jobject source =
+        env->CallObjectMethod(domain, methodOf(env, domain, "getCodeSource", "()Ljava/security/CodeSource;"));
+    checked(env, 0);
+    if (source != nullptr) {
+      jobject location = callObject(env, source, "getLocation", "()Ljava/net/URL;");
+      where = javaText(env, callObject<jstring>(env, location, "getPath", "()Ljava/lang/String;"));
+    }
+  } catch (const ReflectionFailed&) {
+    where = "an unknown place";
+  }
+  env->PopLocalFrame(nullptr);
+  return where;
+}
+
+void checkClass(Probe& p, const JavaClass& javaClass) {
   JNIEnv* env = KorJVM::getEnvironment();
   Lookup lookup = lookUp(env, javaClass.name, nullptr);
   if (lookup.cls != nullptr) {
+    p.evidence.push_back({Verdict::pass, std::string("loadClass(\"") + javaClass.name + "\")",
+                          "loaded from " + origin(env, lookup.cls),
+                          "the class, from the registry's jar or folder"});
     env->DeleteGlobalRef(lookup.cls);
   }
   if (!lookup.found) {
@@ -275,6 +303,42 @@ void checkMethod(const JavaClass& javaClass, const JavaMethod& method) {
   }
 }
 
+// getInstance twice here and once on another thread: a host that deletes and
+// re-creates its adapter, or calls from a new thread, must meet the same data.
+void sameInstance(Probe& p) {
+  const JavaClass& adapter = contract.front();
+  const JavaMethod& getInstance = adapter.methods.front();
+  JNIEnv* env = KorJVM::getEnvironment();
+  Lookup lookup = lookUp(env, adapter.name, &getInstance);
+  struct Drop {
+    JNIEnv* env;
+    jclass cls;
+    ~Drop() { env->DeleteGlobalRef(cls); }
+  } drop{env, lookup.cls};
+  std::string got;
+  try {
+    jmethodID id = checked(env, env->GetStaticMethodID(drop.cls, getInstance.name, getInstance.signature));
+    KorJniLocalRef<> first(env, checked(env, env->CallStaticObjectMethod(drop.cls, id)));
+    KorJniLocalRef<> second(env, checked(env, env->CallStaticObjectMethod(drop.cls, id)));
+    got = env->IsSameObject(first.get(), second.get()) ? "" : "a new object on the second call";
+    std::thread([&] {
+      JNIEnv* other = KorJVM::getEnvironment();
+      KorJniLocalRef<> third(other, other->CallStaticObjectMethod(drop.cls, id));
+      other->ExceptionClear();
+      got += other->IsSameObject(first.get(), third.get()) ? "" : " a new object on another thread";
+    }).join();
+  } catch (const ReflectionFailed&) {
+    got = "an exception or null";
+  }
+  if (!got.empty()) {
+    throw Evidence{
+        Verdict::fail, "ISRAdapter.getInstance()", got,
+        "the same adapter on every call and every thread: the library keeps the one it gets first, "
+        "and a host that re-creates its adapter or calls from another thread must see the same "
+        "registry"};
+  }
+}
+
 } // namespace
 
 std::vector<Requirement> resolutionRequirements() {
@@ -286,7 +350,7 @@ std::vector<Requirement> resolutionRequirements() {
                     "class " + std::string(javaClass.name) + " loads",
                     {},
                     false,
-                    [&javaClass](Probe&) { checkClass(javaClass); }});
+                    [&javaClass](Probe& p) { checkClass(p, javaClass); }});
     for (const JavaMethod& method : javaClass.methods) {
       rows.push_back({classId + "." + method.name + method.signature,
                       "resolution",
@@ -297,5 +361,11 @@ std::vector<Requirement> resolutionRequirements() {
                       [&javaClass, &method](Probe&) { checkMethod(javaClass, method); }});
     }
   }
+  rows.push_back({"one instance",
+                  "answers",
+                  "ISRAdapter.getInstance answers the same object on every call and every thread",
+                  {rows.front().id + ".getInstance" + contract.front().methods.front().signature},
+                  false,
+                  sameInstance});
   return rows;
 }

@@ -110,6 +110,10 @@ std::variant<Options, int> parseOptions(int argc, char** argv) {
       ->type_name("FILE")
       ->check(nonEmpty)
       ->needs(check);
+  app.add_flag("--reference-registry", options.referenceRegistry,
+               "With --check-registry, put the bundled reference registry behind --classpath; without it the "
+               "check sees --classpath and the broker's exception classes alone")
+      ->needs(check);
   app.add_flag("--no-history", options.noHistory, "At a terminal, keep no history in ~/.legiorrug_history");
   CLI::Option* file =
       app.add_option("-f", options.scriptFile,

@@ -19,6 +19,7 @@ struct Options {
   bool bail = false;
   std::string scriptFile; // empty or "-": standard input
   bool checkRegistry = false;
+  bool referenceRegistry = false;
   std::string junitFile;
 };
 

@@ -300,6 +300,10 @@ KorISRAdapter& startRegistry(const Options& options, TraceSink* trace) {
       std::cerr
           << "legiorrug: the bundled registry jars are not beside the program; using --classpath alone\n";
     }
+    // A broker brings the exception classes only: the check sees the author's registry alone.
+    if (options.checkRegistry && !options.referenceRegistry && !jars.empty()) {
+      jars.pop_back();
+    }
     classPath.insert(classPath.end(), jars.begin(), jars.end());
     for (const std::string& option : options.jvmOptions) {
       jvmText.options += (jvmText.options.empty() ? "" : " ") + option;

@@ -6,13 +6,9 @@ import java.util.HashMap;
 import java.util.Map;
 import java.util.concurrent.ConcurrentHashMap;
 
-/**
- * A registry put ahead of the reference registry's jar, with one fault chosen by the system property
- * legiorrug.fault: "null-uri" (a created BTD answers no URI), "plain-exception" (a missing BTD raises a
- * RuntimeException), "unsynchronised" (the BTDs live in a HashMap that listings walk while others write),
- * "null-element" (the BTD listing ends with a null element), "cut-at-nul" (a BTD's content is stored up to its
- * first U+0000). Policies and services are kept correctly.
- */
+// Ahead of the reference registry's jar, with the fault named by -Dlegiorrug.fault: null-uri, plain-exception,
+// unsynchronised (a HashMap walked while others write), null-element, cut-at-nul, new-instance; replace and
+// silent-delete differ from the reference only where the library lets a registry choose.
 public final class ISRAdapter {
     private static final String FAULT = System.getProperty("legiorrug.fault", "");
     private static final ISRAdapter INSTANCE = new ISRAdapter();
@@ -21,7 +17,7 @@ public final class ISRAdapter {
     private final Map<String, String> policies = new ConcurrentHashMap<>();
     private final Map<String, ISRService> services = new ConcurrentHashMap<>();
 
-    public static ISRAdapter getInstance() { return INSTANCE; }
+    public static ISRAdapter getInstance() { return FAULT.equals("new-instance") ? new ISRAdapter() : INSTANCE; }
 
     private static String btdUri(String name) { return "/btd/" + name; }
 
@@ -42,7 +38,9 @@ public final class ISRAdapter {
     }
 
     public void createBTD(BTDDocument b) throws Exception {
-        if (btds.putIfAbsent(b.getName(), content(b)) != null) {
+        if (FAULT.equals("replace")) {
+            btds.put(b.getName(), content(b));
+        } else if (btds.putIfAbsent(b.getName(), content(b)) != null) {
             throw RegistryMessages.btdExists(b.getName());
         }
         b.setUri(FAULT.equals("null-uri") ? null : btdUri(b.getName()));
@@ -60,7 +58,9 @@ public final class ISRAdapter {
     }
 
     public void deleteBTD(String name) throws Exception {
-        existingBtd(name);
+        if (!FAULT.equals("silent-delete")) {
+            existingBtd(name);
+        }
         btds.remove(name);
     }
 
@@ -92,26 +92,23 @@ public final class ISRAdapter {
 
     public void updatePolicy(ISRPolicy p) throws Exception {
         p.validateContent();
-        if (policies.replace(key(p), p.getDocument()) == null) {
-            throw RegistryMessages.policyMissing(p.getType(), p.getName());
-        }
+        existing(p, policies.replace(key(p), p.getDocument()));
         p.setUri("/policy/" + key(p));
     }
 
-    public void getPolicy(ISRPolicy p) throws Exception {
-        String document = policies.get(key(p));
+    private static String existing(ISRPolicy p, String document) throws Exception {
         if (document == null) {
             throw RegistryMessages.policyMissing(p.getType(), p.getName());
         }
-        p.setDocument(document);
+        return document;
+    }
+
+    public void getPolicy(ISRPolicy p) throws Exception {
+        p.setDocument(existing(p, policies.get(key(p))));
         p.setUri("/policy/" + key(p));
     }
 
-    public void deletePolicy(ISRPolicy p) throws Exception {
-        if (policies.remove(key(p)) == null) {
-            throw RegistryMessages.policyMissing(p.getType(), p.getName());
-        }
-    }
+    public void deletePolicy(ISRPolicy p) throws Exception { existing(p, policies.remove(key(p))); }
 
     public boolean policyExists(ISRPolicy p) { return policies.containsKey(key(p)); }
 
@@ -121,11 +118,7 @@ public final class ISRAdapter {
     }
 
     public String getPolicyNames(String type) {
-        var names = new StringBuilder();
-        for (ISRPolicy p : getPoliciesWithoutDoc(type)) {
-            names.append(names.length() == 0 ? "" : " ").append(p.getName());
-        }
-        return names.toString();
+        return String.join(" ", java.util.Arrays.stream(getPoliciesWithoutDoc(type)).map(ISRPolicy::getName).toArray(String[]::new));
     }
 
     public void createService(ISRService s) { services.put(s.getName(), s); }
