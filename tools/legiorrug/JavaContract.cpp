@@ -305,7 +305,7 @@ void checkMethod(const JavaClass& javaClass, const JavaMethod& method) {
 
 // getInstance twice here and once on another thread: a host that deletes and
 // re-creates its adapter, or calls from a new thread, must meet the same data.
-void sameInstance(Probe& p) {
+void sameInstance(Probe& /*probe*/) {
   const JavaClass& adapter = contract.front();
   const JavaMethod& getInstance = adapter.methods.front();
   JNIEnv* env = KorJVM::getEnvironment();
