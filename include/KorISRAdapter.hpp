@@ -65,7 +65,9 @@ public:
   virtual void listBTDs(std::vector<KorWstring>& uris) = 0;
   /// The names of every BTD; names is set to them joined by one space.
   virtual std::vector<KorWstring> getBTDNames(KorWstring& names) = 0;
-  /// The names of the policies of one type; names is set to them joined by one space.
+  /// The names of the policies of one type. The in-memory registry appends them to names,
+  /// joined by one space and not clearing it first; the Java-backed one sets names to the
+  /// text the Java registry answers for the type (for the reserved BTD type, as getBTDNames).
   virtual std::vector<KorWstring> getPolicyNames(const KorWstring& type, KorWstring& names) = 0;
   /// Passes repository details on to the registry.
   virtual void setRepositoryDetails(const KorWstring& text1, const KorWstring& text2, const KorWstring& text3,
