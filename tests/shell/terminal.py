@@ -8,11 +8,11 @@ os.makedirs(home)
 seen, name = b"", "\u00e9\u65e5\U0001F600"  # two, three and four bytes
 
 
-def start():  # a session in the C locale, which types UTF-8 all the same
+def start(*kind):  # a session in the C locale, which types UTF-8 all the same
     global pid, fd
     pid, fd = pty.fork()
     if pid == 0:
-        os.execve(program, [program, "--container-kind", "1"],
+        os.execve(program, [program, *kind],
                   {**{k: v for k, v in os.environ.items() if k[:3] != "LC_"}, "HOME": home, "LANG": "C"})
 
 
@@ -36,7 +36,7 @@ def leave():
     return os.waitstatus_to_exitcode(os.waitpid(pid, 0)[1])
 
 
-start()
+start("--container-kind", "1")
 send(b"", '"help" lists the commands')
 send(b"btdEx\t a\r", "1 btdExists: false")  # Tab completes the name
 send(b"help createBTD\r", "createBTD NAME CONTENT [URI]", "Create a business transaction definition")
@@ -62,7 +62,7 @@ history = open(os.path.join(home, ".legiorrug_history"), "rb").read()
 if status != 0 or b"btdExists" not in history or b"\n\n" in history or b"\n\\040" in history or \
         b"\xe9\n" in history or name.encode() not in history:
     sys.exit("exit status %d, history %r" % (status, history))
-start()  # the history reads back: three lines up is the createBTD
+start()  # the history reads back, at the Java registry, whose JVM sets the locale again: three lines up
 send(b"")
 send(b"\x1b[A" * 3 + b"\r", "1 createBTD: done")
 send(b"getBTDNames\r", "2 getBTDNames: ", name)

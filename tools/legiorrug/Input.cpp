@@ -215,16 +215,24 @@ private:
   std::size_t dropped_ = 0;
 };
 
+// The line editor hands out lines as the locale encodes them, and commands
+// are UTF-8 whatever the locale the shell started in. A JVM started after
+// this sets the locale from the environment again, so each read calls it.
+void useUtf8Characters() {
+  if (std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0) {
+    return;
+  }
+  const char* locale = std::setlocale(LC_CTYPE, "");
+  if ((locale == nullptr || std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) &&
+      std::setlocale(LC_CTYPE, "C.UTF-8") == nullptr) {
+    throw LostData("the terminal needs a UTF-8 locale, and neither the one set nor C.UTF-8 is available");
+  }
+}
+
 class TerminalInput : public Input {
 public:
   explicit TerminalInput(const TerminalOptions& options) : options_(options) {
-    // The line editor reads characters as the locale encodes them, and
-    // commands are UTF-8 whatever the locale the shell started in.
-    const char* locale = std::setlocale(LC_CTYPE, "");
-    if ((locale == nullptr || std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0) &&
-        std::setlocale(LC_CTYPE, "C.UTF-8") == nullptr) {
-      throw LostData("the terminal needs a UTF-8 locale, and neither the one set nor C.UTF-8 is available");
-    }
+    useUtf8Characters();
     rl_outstream = options_.prompts;
     rl_catch_signals = 0;
     rl_getc_function = readKey;
@@ -272,6 +280,7 @@ public:
       readStart = interruptions;
       typed.clear();
       pending = EOF;
+      useUtf8Characters();
       char* text = readline("legiorrug> ");
       bool cancelled = interruptions != readStart;
       readStart = interruptions;
