@@ -137,7 +137,8 @@ for case, args, failing in [
         ("cut_at_nul", faulty + "cut-at-nul", {"a BTD reads back as stored, changed and gone: U+0000": '^the document "<doc>"$'}),
         ("new_instance", faulty + "new-instance", {"ISRAdapter.getInstance answers the same": "a new object on the second call a new object on another thread"}),
         ("late_write", faulty + "late-write", {"a BTD created, updated or deleted on one thread": "^false( false){3}$"}),
-        ("null_trace_text", faulty + "null-trace-text", {"a known exception carries": '^no trace text: the broker prints "5101: "$'}),
+        ("null_trace_text", faulty + "null-trace-text", {"a known exception carries":
+         '^no trace text: the broker prints "5101: " the insert "java.lang.Object@[0-9a-f]+": the broker'}),
         ("alone", "", {"class com/vantor/broker/isr/ISRAdapter loads": "ClassNotFoundException"}),
         ("replace_on_create", faulty + "replace", {}), ("silent_delete", faulty + "silent-delete", {})]:
     row("check_registry_" + case, check % case + args, 1 if failing else 0, err=".*", failing=failing)

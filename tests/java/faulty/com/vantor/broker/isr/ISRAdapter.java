@@ -43,7 +43,7 @@ public final class ISRAdapter {
             throw new RuntimeException("no BTD " + name);
         }
         if (content == null && FAULT.equals("null-trace-text")) {
-            throw new com.vantor.broker.plugin.LxRecoverableException(RegistryMessages.BTD_MISSING, null, name);
+            throw new com.vantor.broker.plugin.LxRecoverableException(RegistryMessages.BTD_MISSING, null, name, new Object());
         }
         if (content == null) {
             throw RegistryMessages.btdMissing(name);
