@@ -20,17 +20,9 @@ public final class ISRAdapter {
 
     private static final ThreadLocal<java.util.List<Runnable>> LATE = ThreadLocal.withInitial(java.util.ArrayList::new);
 
-    private static void write(Runnable change) {
-        LATE.get().add(change);
-        if (!FAULT.equals("late-write")) {
-            flush();
-        }
-    }
+    private static void write(Runnable change) { LATE.get().add(change); if (!FAULT.equals("late-write")) flush(); }
 
-    private static void flush() {
-        LATE.get().forEach(Runnable::run);
-        LATE.get().clear();
-    }
+    private static void flush() { LATE.get().forEach(Runnable::run); LATE.get().clear(); }
 
     public static ISRAdapter getInstance() { return FAULT.equals("new-instance") ? new ISRAdapter() : INSTANCE; }
 
@@ -79,17 +71,11 @@ public final class ISRAdapter {
     }
 
     public void deleteBTD(String name) throws Exception {
-        if (!FAULT.equals("silent-delete")) {
-            existingBtd(name);
-        }
-        flush();
+        if (!FAULT.equals("silent-delete")) existingBtd(name);
         write(() -> btds.remove(name));
     }
 
-    public boolean btdExists(String name) {
-        flush();
-        return btds.containsKey(name);
-    }
+    public boolean btdExists(String name) { flush(); return btds.containsKey(name); }
 
     public BTDDocument[] getBTDs() {
         flush();
@@ -100,9 +86,7 @@ public final class ISRAdapter {
             listed.add(btd);
             Thread.yield();
         }
-        if (FAULT.equals("null-element")) {
-            listed.add(null);
-        }
+        if (FAULT.equals("null-element")) listed.add(null);
         return listed.toArray(new BTDDocument[0]);
     }
 
@@ -110,9 +94,7 @@ public final class ISRAdapter {
 
     public void createPolicy(ISRPolicy p) throws Exception {
         p.validateContent();
-        if (policies.putIfAbsent(key(p), p.getDocument()) != null) {
-            throw RegistryMessages.policyExists(p.getType(), p.getName());
-        }
+        if (policies.putIfAbsent(key(p), p.getDocument()) != null) throw RegistryMessages.policyExists(p.getType(), p.getName());
         p.setUri("/policy/" + key(p));
     }
 
@@ -123,9 +105,7 @@ public final class ISRAdapter {
     }
 
     private static String existing(ISRPolicy p, String document) throws Exception {
-        if (document == null) {
-            throw RegistryMessages.policyMissing(p.getType(), p.getName());
-        }
+        if (document == null) throw RegistryMessages.policyMissing(p.getType(), p.getName());
         return document;
     }
 
