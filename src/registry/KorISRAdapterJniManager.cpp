@@ -64,6 +64,10 @@ void KorISRAdapterJniManager::initialise() {
   const char* const function = "KorISRAdapterJniManager::initialise";
   KorLogToken token = KorLog::iEffectiveLogFilter > 2 ? KorLog::entry(function) : 0;
 
+  // A class without method rows gets null, not an empty table.
+  auto rowsOrNull = [](const KorJNI::MethodInfo* rows) {
+    return rows->methodSlot != nullptr ? rows : nullptr;
+  };
   // clang-format off
 #define KOR_JAVA_CLASS(slots, name) const KorJNI::MethodInfo slots##Methods[] = {
 #define KOR_JAVA_METHOD(slots, slot, isStatic, name, signature) {&(slots).slot, isStatic, name, signature},
@@ -72,7 +76,7 @@ void KorISRAdapterJniManager::initialise() {
 #undef KOR_JAVA_CLASS
 #undef KOR_JAVA_METHOD
 #undef KOR_JAVA_END
-#define KOR_JAVA_CLASS(slots, name) {&(slots).cls, name, slots##Methods, nullptr, nullptr, nullptr},
+#define KOR_JAVA_CLASS(slots, name) {&(slots).cls, name, rowsOrNull(slots##Methods), nullptr, nullptr, nullptr},
 #define KOR_JAVA_METHOD(slots, slot, isStatic, name, signature)
 #define KOR_JAVA_END
   const KorJNI::ClassInfo classes[] = {
