@@ -64,95 +64,28 @@ void KorISRAdapterJniManager::initialise() {
   const char* const function = "KorISRAdapterJniManager::initialise";
   KorLogToken token = KorLog::iEffectiveLogFilter > 2 ? KorLog::entry(function) : 0;
 
-  auto& a = isrAdapter_;
-  const KorJNI::MethodInfo isrAdapterMethods[] = {
-      {&a.getInstance, 1, "getInstance", "()Lcom/vantor/broker/isr/ISRAdapter;"},
-      {&a.createPolicy, 0, "createPolicy", "(Lcom/vantor/broker/isr/ISRPolicy;)V"},
-      {&a.policyExists, 0, "policyExists", "(Lcom/vantor/broker/isr/ISRPolicy;)Z"},
-      {&a.getPolicy, 0, "getPolicy", "(Lcom/vantor/broker/isr/ISRPolicy;)V"},
-      {&a.getPoliciesWithoutDoc, 0, "getPoliciesWithoutDoc",
-       "(Ljava/lang/String;)[Lcom/vantor/broker/isr/ISRPolicy;"},
-      {&a.deletePolicy, 0, "deletePolicy", "(Lcom/vantor/broker/isr/ISRPolicy;)V"},
-      {&a.updatePolicy, 0, "updatePolicy", "(Lcom/vantor/broker/isr/ISRPolicy;)V"},
-      {&a.setRepositoryDetails, 0, "setRepositoryDetails",
-       "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;ZLjava/lang/String;Ljava/lang/String;I)V"},
-      {&a.getPolicyNames, 0, "getPolicyNames", "(Ljava/lang/String;)Ljava/lang/String;"},
-      {&a.getServicesWithoutDoc, 0, "getServicesWithoutDoc", "()[Lcom/vantor/broker/isr/ISRService;"},
-      {&a.getService, 0, "getService", "(Ljava/lang/String;)Lcom/vantor/broker/isr/ISRService;"},
-      {&a.deleteService, 0, "deleteService", "(Ljava/lang/String;)V"},
-      {&a.serviceExists, 0, "serviceExists", "(Lcom/vantor/broker/isr/ISRService;)Z"},
-      {&a.createService, 0, "createService", "(Lcom/vantor/broker/isr/ISRService;)V"},
-      {&a.createBTD, 0, "createBTD", "(Lcom/vantor/broker/isr/BTDDocument;)V"},
-      {&a.updateBTD, 0, "updateBTD", "(Lcom/vantor/broker/isr/BTDDocument;)V"},
-      {&a.deleteBTD, 0, "deleteBTD", "(Ljava/lang/String;)V"},
-      {&a.getBTD, 0, "getBTD", "(Lcom/vantor/broker/isr/BTDDocument;)V"},
-      {&a.getBTDs, 0, "getBTDs", "()[Lcom/vantor/broker/isr/BTDDocument;"},
-      {&a.btdExists, 0, "btdExists", "(Ljava/lang/String;)Z"},
-      {}};
-  auto& p = isrPolicy_;
-  const KorJNI::MethodInfo isrPolicyMethods[] = {
-      {&p.init, 0, "<init>", "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;)V"},
-      {&p.getName, 0, "getName", "()Ljava/lang/String;"},
-      {&p.getUri, 0, "getUri", "()Ljava/lang/String;"},
-      {&p.getDocument, 0, "getDocument", "()Ljava/lang/String;"},
-      {&p.validateContent, 0, "validateContent", "()V"},
-      {}};
-  auto& b = btdDocument_;
-  const KorJNI::MethodInfo btdDocumentMethods[] = {
-      {&b.init, 0, "<init>", "(Ljava/lang/String;Ljava/lang/String;)V"},
-      {&b.getName, 0, "getName", "()Ljava/lang/String;"},
-      {&b.getUri, 0, "getUri", "()Ljava/lang/String;"},
-      {&b.getContent, 0, "getContent", "()Ljava/lang/String;"},
-      {}};
-  auto& s = isrService_;
-  const KorJNI::MethodInfo isrServiceMethods[] = {
-      {&s.initWithDocument, 0, "<init>", "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;)V"},
-      {&s.init, 0, "<init>", "(Ljava/lang/String;Ljava/lang/String;)V"},
-      {&s.getUri, 0, "getUri", "()Ljava/lang/String;"},
-      {&s.getDocument, 0, "getDocument", "()Ljava/lang/String;"},
-      {&s.getName, 0, "getName", "()Ljava/lang/String;"},
-      {&s.getNamespace, 0, "getNamespace", "()Ljava/lang/String;"},
-      {}};
-  auto& m = isrMigration_;
-  const KorJNI::MethodInfo isrMigrationMethods[] = {
-      {&m.getInstance, 1, "getInstance", "()Lcom/vantor/broker/isr/migration/ISRMigration;"},
-      {&m.migrateISR, 0, "migrateISR", "()Z"},
-      {}};
-  auto& x = lxException_;
-  const KorJNI::MethodInfo lxExceptionMethods[] = {
-      {&x.getFileName, 0, "getFileName", "()Ljava/lang/String;"},
-      {&x.getLineNumber, 0, "getLineNumber", "()I"},
-      {&x.getMethodName, 0, "getMethodName", "()Ljava/lang/String;"},
-      {&x.getNativeMessageNumber, 0, "getNativeMessageNumber", "()J"},
-      {&x.getTraceText, 0, "getTraceText", "()Ljava/lang/String;"},
-      {&x.getInserts, 0, "getInserts", "()[Ljava/lang/Object;"},
-      {&x.getNestedExceptions, 0, "getNestedExceptions", "()[Lcom/vantor/broker/plugin/LxException;"},
-      {&x.getNativeExceptionHandle, 0, "getNativeExceptionHandle", "()J"},
-      {&x.toLogString, 0, "toLogString", "(Ljava/lang/Object;)Ljava/lang/String;"},
-      {&x.isInternal, 0, "isInternal", "()Z"},
-      {&x.getMessageSource, 0, "getMessageSource", "()Ljava/lang/String;"},
-      {&x.getMessageKey, 0, "getMessageKey", "()Ljava/lang/String;"},
-      {&x.getClassName, 0, "getClassName", "()Ljava/lang/String;"},
-      {}};
-  const KorJNI::MethodInfo objectMethods[] = {{&object_.toString, 0, "toString", "()Ljava/lang/String;"}, {}};
-  const KorJNI::MethodInfo messageFlowProxyMethods[] = {
-      {&messageFlowProxy_.stopMessageFlow, 1, "stopMessageFlow",
-       "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;)V"},
-      {}};
+  // A class without method rows gets null, not an empty table.
+  auto rowsOrNull = [](const KorJNI::MethodInfo* rows) {
+    return rows->methodSlot != nullptr ? rows : nullptr;
+  };
+  // clang-format off
+#define KOR_JAVA_CLASS(slots, name) const KorJNI::MethodInfo slots##Methods[] = {
+#define KOR_JAVA_METHOD(slots, slot, isStatic, name, signature) {&(slots).slot, isStatic, name, signature},
+#define KOR_JAVA_END {}};
+#include "KorJavaTable.def"
+#undef KOR_JAVA_CLASS
+#undef KOR_JAVA_METHOD
+#undef KOR_JAVA_END
+#define KOR_JAVA_CLASS(slots, name) {&(slots).cls, name, rowsOrNull(slots##Methods), nullptr, nullptr, nullptr},
+#define KOR_JAVA_METHOD(slots, slot, isStatic, name, signature)
+#define KOR_JAVA_END
   const KorJNI::ClassInfo classes[] = {
-      {&a.cls, "com/vantor/broker/isr/ISRAdapter", isrAdapterMethods, nullptr, nullptr, nullptr},
-      {&p.cls, "com/vantor/broker/isr/ISRPolicy", isrPolicyMethods, nullptr, nullptr, nullptr},
-      {&b.cls, "com/vantor/broker/isr/BTDDocument", btdDocumentMethods, nullptr, nullptr, nullptr},
-      {&s.cls, "com/vantor/broker/isr/ISRService", isrServiceMethods, nullptr, nullptr, nullptr},
-      {&m.cls, "com/vantor/broker/isr/migration/ISRMigration", isrMigrationMethods, nullptr, nullptr,
-       nullptr},
-      {&x.cls, "com/vantor/broker/plugin/LxException", lxExceptionMethods, nullptr, nullptr, nullptr},
-      {&lxRecoverableException_.cls, "com/vantor/broker/plugin/LxRecoverableException", nullptr, nullptr,
-       nullptr, nullptr},
-      {&object_.cls, "java/lang/Object", objectMethods, nullptr, nullptr, nullptr},
-      {&messageFlowProxy_.cls, "com/vantor/broker/config/proxy/MessageFlowProxy", messageFlowProxyMethods,
-       nullptr, nullptr, nullptr},
+#include "KorJavaTable.def"
       {}};
+#undef KOR_JAVA_CLASS
+#undef KOR_JAVA_METHOD
+#undef KOR_JAVA_END
+  // clang-format on
 
   try {
     KorJNI::findClassesAndMethodsUsingISRClassLoader(classes, KorJVM::getEnvironment());

@@ -2,7 +2,7 @@
 # BINARY_DIR and checks its exit status, exact standard output (bytes, or a file of cases/), that standard error
 # matches err and not forbid, or is the message says; a --check-registry row names the requirements that fail
 # (each name's start and what its evidence shows), and its --junit file must validate against junit.xsd.
-import concurrent.futures, difflib, json, os, re, shutil, subprocess, sys, zipfile
+import concurrent.futures, difflib, json, os, re, shutil, subprocess, sys, zipfile, xml.etree.ElementTree as xml
 
 program, source, binary = sys.argv[1:]
 cases = source + "/tests/shell/cases/"
@@ -38,13 +38,20 @@ def run(name, args, status, stdin=os.devnull, out=None, err="", forbid=None, say
     if expected is not None and done.stdout != expected:
         diff = difflib.unified_diff(expected.decode().splitlines(), done.stdout.decode().splitlines(), lineterm="")
         failed.append("standard output differs:\n" + "\n".join(diff))
+    junit = status != 2 and re.search(r"--junit (\S+)", args)
     if failing is not None:
         rows = [json.loads(line) for line in done.stdout.decode().splitlines()]
+        verdicts = {r["requirement"]: r["verdict"] if r["verdict"] in ("fail", "skipped") or not r["evidence"] else "noted"
+                    for r in rows if "requirement" in r}
+        shown_junit = {c.get("name"): "fail" if c.find("failure") is not None else "skipped" if c.find("skipped") is not
+                       None else "noted" if c.find("system-out") is not None else "pass"
+                       for c in xml.parse(binary + "/" + junit[1]).iter("testcase")}
+        if shown_junit != verdicts:
+            failed.append("the JUnit report differs from the JSON one")
         found = {r["requirement"]: " ".join(e["got"] for e in r["evidence"]) for r in rows if r.get("verdict") == "fail"}
         if len(found) != len(failing) or not all(any(n.startswith(k) and re.search(v, g) for n, g in found.items())
                                                  for k, v in failing.items()):
             failed.append("failing requirements: %s" % json.dumps(found, indent=1))
-    junit = status != 2 and re.search(r"--junit (\S+)", args)
     if junit and subprocess.run(["xmllint", "--noout", "--schema", source + "/tests/shell/junit.xsd", junit[1]],
                                 cwd=binary, capture_output=True).returncode != 0:
         failed.append("the JUnit report does not validate")
@@ -126,7 +133,7 @@ for option in "--trace-file /dev/stderr", "--show-java-errors":  # where Java's 
 check = "--check-registry --json --junit tests/shell/%s.xml "
 faulty = "--reference-registry --classpath tests/java/legiorrug-faulty-registry.jar --jvm-option=-Dlegiorrug.fault="
 for case, args, failing in [
-        ("reference", "--reference-registry", {}),
+        ("reference", "--reference-registry", {}), ("example", "--classpath tests/java/legiorrug-example-registry.jar", {}),
         ("wrong_descriptor", "--reference-registry --classpath tests/java/legiorrug-wrong-descriptor.jar",
          {"ISRMigration.migrateISR ()Z": r"^it declares migrateISR \(\)V$"}),
         ("null_uri", faulty + "null-uri", {"createBTD, updateBTD and getBTD answer": "DRX3703.*BTDDocument_getUri"}),
@@ -136,6 +143,9 @@ for case, args, failing in [
         ("null_element", faulty + "null-element", {"getBTDs answers an array": "DRX3703.*BTDDocument_getUri"}),
         ("cut_at_nul", faulty + "cut-at-nul", {"a BTD reads back as stored, changed and gone: U+0000": '^the document "<doc>"$'}),
         ("new_instance", faulty + "new-instance", {"ISRAdapter.getInstance answers the same": "a new object on the second call a new object on another thread"}),
+        ("late_write", faulty + "late-write", {"a BTD created, updated or deleted on one thread": "^false( false){3}$"}),
+        ("null_trace_text", faulty + "null-trace-text", {"a known exception carries":
+         '^no trace text: the broker prints "5101: " the insert "java.lang.Object@[0-9a-f]+": the broker'}),
         ("alone", "", {"class com/vantor/broker/isr/ISRAdapter loads": "ClassNotFoundException"}),
         ("replace_on_create", faulty + "replace", {}), ("silent_delete", faulty + "silent-delete", {})]:
     row("check_registry_" + case, check % case + args, 1 if failing else 0, err=".*", failing=failing)

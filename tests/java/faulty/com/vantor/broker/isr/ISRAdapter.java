@@ -7,7 +7,8 @@ import java.util.Map;
 import java.util.concurrent.ConcurrentHashMap;
 
 // Ahead of the reference registry's jar, with the fault named by -Dlegiorrug.fault: null-uri, plain-exception,
-// unsynchronised (a HashMap walked while others write), null-element, cut-at-nul, new-instance; replace and
+// unsynchronised (a HashMap walked while others write), null-element, cut-at-nul, new-instance, late-write (a thread's
+// BTD writes held until its next call), null-trace-text; replace and
 // silent-delete differ from the reference only where the library lets a registry choose.
 public final class ISRAdapter {
     private static final String FAULT = System.getProperty("legiorrug.fault", "");
@@ -17,14 +18,24 @@ public final class ISRAdapter {
     private final Map<String, String> policies = new ConcurrentHashMap<>();
     private final Map<String, ISRService> services = new ConcurrentHashMap<>();
 
+    private static final ThreadLocal<java.util.List<Runnable>> LATE = ThreadLocal.withInitial(java.util.ArrayList::new);
+
+    private static void write(Runnable change) { LATE.get().add(change); if (!FAULT.equals("late-write")) flush(); }
+
+    private static void flush() { LATE.get().forEach(Runnable::run); LATE.get().clear(); }
+
     public static ISRAdapter getInstance() { return FAULT.equals("new-instance") ? new ISRAdapter() : INSTANCE; }
 
     private static String btdUri(String name) { return "/btd/" + name; }
 
     private String existingBtd(String name) throws Exception {
+        flush();
         String content = btds.get(required(name, "name"));
         if (content == null && FAULT.equals("plain-exception")) {
             throw new RuntimeException("no BTD " + name);
+        }
+        if (content == null && FAULT.equals("null-trace-text")) {
+            throw new com.vantor.broker.plugin.LxRecoverableException(RegistryMessages.BTD_MISSING, null, name, new Object());
         }
         if (content == null) {
             throw RegistryMessages.btdMissing(name);
@@ -38,17 +49,19 @@ public final class ISRAdapter {
     }
 
     public void createBTD(BTDDocument b) throws Exception {
-        if (FAULT.equals("replace")) {
-            btds.put(b.getName(), content(b));
-        } else if (btds.putIfAbsent(b.getName(), content(b)) != null) {
+        flush();
+        String content = content(b);
+        if (!FAULT.equals("replace") && btds.containsKey(b.getName())) {
             throw RegistryMessages.btdExists(b.getName());
         }
+        write(() -> btds.put(b.getName(), content));
         b.setUri(FAULT.equals("null-uri") ? null : btdUri(b.getName()));
     }
 
     public void updateBTD(BTDDocument b) throws Exception {
         existingBtd(b.getName());
-        btds.put(b.getName(), content(b));
+        String content = content(b);
+        write(() -> btds.put(b.getName(), content));
         b.setUri(btdUri(b.getName()));
     }
 
@@ -58,15 +71,14 @@ public final class ISRAdapter {
     }
 
     public void deleteBTD(String name) throws Exception {
-        if (!FAULT.equals("silent-delete")) {
-            existingBtd(name);
-        }
-        btds.remove(name);
+        if (!FAULT.equals("silent-delete")) existingBtd(name);
+        write(() -> btds.remove(name));
     }
 
-    public boolean btdExists(String name) { return btds.containsKey(name); }
+    public boolean btdExists(String name) { flush(); return btds.containsKey(name); }
 
     public BTDDocument[] getBTDs() {
+        flush();
         var listed = new java.util.ArrayList<BTDDocument>();
         for (Map.Entry<String, String> entry : btds.entrySet()) {
             var btd = new BTDDocument(entry.getKey(), entry.getValue());
@@ -74,9 +86,7 @@ public final class ISRAdapter {
             listed.add(btd);
             Thread.yield();
         }
-        if (FAULT.equals("null-element")) {
-            listed.add(null);
-        }
+        if (FAULT.equals("null-element")) listed.add(null);
         return listed.toArray(new BTDDocument[0]);
     }
 
@@ -84,9 +94,7 @@ public final class ISRAdapter {
 
     public void createPolicy(ISRPolicy p) throws Exception {
         p.validateContent();
-        if (policies.putIfAbsent(key(p), p.getDocument()) != null) {
-            throw RegistryMessages.policyExists(p.getType(), p.getName());
-        }
+        if (policies.putIfAbsent(key(p), p.getDocument()) != null) throw RegistryMessages.policyExists(p.getType(), p.getName());
         p.setUri("/policy/" + key(p));
     }
 
@@ -97,9 +105,7 @@ public final class ISRAdapter {
     }
 
     private static String existing(ISRPolicy p, String document) throws Exception {
-        if (document == null) {
-            throw RegistryMessages.policyMissing(p.getType(), p.getName());
-        }
+        if (document == null) throw RegistryMessages.policyMissing(p.getType(), p.getName());
         return document;
     }
 

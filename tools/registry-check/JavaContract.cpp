@@ -1,6 +1,6 @@
-// The Java classes and methods the library resolves, each checked through the
-// registry's class loader with the platform's own lookup, as the library
-// resolves them; a member that does not resolve is shown beside what its class
+// The Java classes and methods the library resolves, from the library's own
+// table, each checked through the registry's class loader with the platform's
+// own lookup, as the library resolves them; a member that does not resolve is shown beside what its class
 // declares under that name.
 
 #include "Requirements.hpp"
@@ -30,72 +30,18 @@ struct JavaClass {
   std::vector<JavaMethod> methods;
 };
 
-const char* const str = "()Ljava/lang/String;";
-
-// In the library's lookup order.
+// The library's own rows, in its lookup order.
+// clang-format off
+#define KOR_JAVA_CLASS(slots, name) {name, {
+#define KOR_JAVA_METHOD(slots, slot, isStatic, name, signature) {name, signature, (isStatic) != 0},
+#define KOR_JAVA_END }},
 const std::vector<JavaClass> contract = {
-    {"com/vantor/broker/isr/ISRAdapter",
-     {{"getInstance", "()Lcom/vantor/broker/isr/ISRAdapter;", true},
-      {"createPolicy", "(Lcom/vantor/broker/isr/ISRPolicy;)V"},
-      {"policyExists", "(Lcom/vantor/broker/isr/ISRPolicy;)Z"},
-      {"getPolicy", "(Lcom/vantor/broker/isr/ISRPolicy;)V"},
-      {"getPoliciesWithoutDoc", "(Ljava/lang/String;)[Lcom/vantor/broker/isr/ISRPolicy;"},
-      {"deletePolicy", "(Lcom/vantor/broker/isr/ISRPolicy;)V"},
-      {"updatePolicy", "(Lcom/vantor/broker/isr/ISRPolicy;)V"},
-      {"setRepositoryDetails",
-       "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;ZLjava/lang/String;Ljava/lang/String;I)V"},
-      {"getPolicyNames", "(Ljava/lang/String;)Ljava/lang/String;"},
-      {"getServicesWithoutDoc", "()[Lcom/vantor/broker/isr/ISRService;"},
-      {"getService", "(Ljava/lang/String;)Lcom/vantor/broker/isr/ISRService;"},
-      {"deleteService", "(Ljava/lang/String;)V"},
-      {"serviceExists", "(Lcom/vantor/broker/isr/ISRService;)Z"},
-      {"createService", "(Lcom/vantor/broker/isr/ISRService;)V"},
-      {"createBTD", "(Lcom/vantor/broker/isr/BTDDocument;)V"},
-      {"updateBTD", "(Lcom/vantor/broker/isr/BTDDocument;)V"},
-      {"deleteBTD", "(Ljava/lang/String;)V"},
-      {"getBTD", "(Lcom/vantor/broker/isr/BTDDocument;)V"},
-      {"getBTDs", "()[Lcom/vantor/broker/isr/BTDDocument;"},
-      {"btdExists", "(Ljava/lang/String;)Z"}}},
-    {"com/vantor/broker/isr/ISRPolicy",
-     {{"<init>", "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;)V"},
-      {"getName", str},
-      {"getUri", str},
-      {"getDocument", str},
-      {"validateContent", "()V"}}},
-    {"com/vantor/broker/isr/BTDDocument",
-     {{"<init>", "(Ljava/lang/String;Ljava/lang/String;)V"},
-      {"getName", str},
-      {"getUri", str},
-      {"getContent", str}}},
-    {"com/vantor/broker/isr/ISRService",
-     {{"<init>", "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;)V"},
-      {"<init>", "(Ljava/lang/String;Ljava/lang/String;)V"},
-      {"getUri", str},
-      {"getDocument", str},
-      {"getName", str},
-      {"getNamespace", str}}},
-    {"com/vantor/broker/isr/migration/ISRMigration",
-     {{"getInstance", "()Lcom/vantor/broker/isr/migration/ISRMigration;", true}, {"migrateISR", "()Z"}}},
-    {"com/vantor/broker/plugin/LxException",
-     {{"getFileName", str},
-      {"getLineNumber", "()I"},
-      {"getMethodName", str},
-      {"getNativeMessageNumber", "()J"},
-      {"getTraceText", str},
-      {"getInserts", "()[Ljava/lang/Object;"},
-      {"getNestedExceptions", "()[Lcom/vantor/broker/plugin/LxException;"},
-      {"getNativeExceptionHandle", "()J"},
-      {"toLogString", "(Ljava/lang/Object;)Ljava/lang/String;"},
-      {"isInternal", "()Z"},
-      {"getMessageSource", str},
-      {"getMessageKey", str},
-      {"getClassName", str}}},
-    {"com/vantor/broker/plugin/LxRecoverableException", {}},
-    {"java/lang/Object", {{"toString", str}}},
-    {"com/vantor/broker/config/proxy/MessageFlowProxy",
-     {{"stopMessageFlow", "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;)V",
-       true}}},
+#include "KorJavaTable.def"
 };
+#undef KOR_JAVA_CLASS
+#undef KOR_JAVA_METHOD
+#undef KOR_JAVA_END
+// clang-format on
 
 // The lookup names the Java error it met only in a debug item.
 class JavaErrorWatch : public KorLogSink {

@@ -9,7 +9,11 @@
 #include <KorWstringText.hpp>
 
 #include <algorithm>
+#include <condition_variable>
+#include <functional>
+#include <iterator>
 #include <optional>
+#include <regex>
 #include <thread>
 
 namespace {
@@ -186,12 +190,10 @@ void serviceRoundTrip(Probe& p, const KorWstring& name, const KorWstring& space,
   p.expect(!serviceExists(p, name, space), "true", "false: the service was just deleted");
 }
 
-// Failures: what the operation raised, against what the library needs.
-void expectKnown(Probe& p, const std::shared_ptr<const KorException>& error, const KorWstring& name,
-                 Verdict ifAnswered) {
-  const std::string needed = "an LxRecoverableException (or a subclass) carrying the registry's own message "
-                             "number, a trace text and inserts naming " +
-                             shown(name);
+// Failures: what the operation raised, against what the library needs; what
+// the exception carries is the "known exception" row's.
+void expectKnown(Probe& p, const std::shared_ptr<const KorException>& error, Verdict ifAnswered) {
+  const std::string needed = "an LxRecoverableException (or a subclass)";
   if (error == nullptr) {
     // Either rule is the registry's own to choose: shown as information.
     p.note(ifAnswered, "it answered normally",
@@ -201,14 +203,47 @@ void expectKnown(Probe& p, const std::shared_ptr<const KorException>& error, con
                                        : needed + ": the library raises DRX3701 when it gets nothing else");
   } else if (isLibraryMessage(*error)) {
     p.note(Verdict::fail, shownRaise(*error), needed);
-  } else {
-    Texts inserts = error->textInserts();
-    bool named = std::any_of(inserts.begin(), inserts.end(), [&](const KorWstring& insert) {
-      return KorWstringText::view(insert).find(KorWstringText::view(name)) != std::u16string_view::npos;
-    });
-    if (!named) {
-      p.note(Verdict::warning, shownRaise(*error), needed);
+  }
+}
+
+// An insert the broker can show: a text, not Object.toString's class@hash.
+bool readable(const KorWstring& insert) {
+  static const std::regex objectToString("[\\w.$]+@[0-9a-f]+");
+  return !std::regex_match(KorWstringText::toUtf8(insert), objectToString);
+}
+
+void knownException(Probe& p) {
+  const KorWstring name = p.name(u"missing");
+  KorWstring content;
+  KorWstring uri;
+  std::shared_ptr<const KorException> error =
+      p.raised("getBTD", {name, content}, [&] { p.registry().getBTD(name, content, uri); });
+  p.expect(error != nullptr && !isLibraryMessage(*error), error ? shownRaise(*error) : "an answer",
+           "an LxRecoverableException");
+  const std::string prints = ": the broker prints \"" + std::string(error->what()) + "\"";
+  Texts inserts = error->textInserts();
+  if (error->messageNumber() == 0) {
+    p.note(Verdict::fail, "message number 0" + prints,
+           "the registry's own message number, the constructor's first argument: the broker shows it as the "
+           "message's number");
+  }
+  if (inserts.empty() || inserts.front().empty()) {
+    p.note(Verdict::fail, "no trace text" + prints,
+           "a trace text, the constructor's second argument: the library hands it to the broker as the "
+           "message's first insert");
+  }
+  for (std::size_t i = 1; i < inserts.size(); ++i) {
+    if (!readable(inserts[i])) {
+      p.note(Verdict::fail, "the insert " + shown(inserts[i]) + prints,
+             "inserts whose toString is a text: the library hands the broker what toString answers");
     }
+  }
+  bool named = std::any_of(inserts.begin(), inserts.end(), [&](const KorWstring& insert) {
+    return KorWstringText::view(insert).find(KorWstringText::view(name)) != std::u16string_view::npos;
+  });
+  if (!named) {
+    p.note(Verdict::warning, shownRaise(*error),
+           "an insert naming " + shown(name) + ", for the broker's user");
   }
 }
 
@@ -219,12 +254,11 @@ void missingBTD(Probe& p) {
   const KorWstring name = p.name(u"missing");
   KorWstring content = btdContent;
   KorWstring uri;
-  expectKnown(p, p.raised("getBTD", {name, content}, [&] { r.getBTD(name, content, uri); }), name,
-              Verdict::fail);
+  expectKnown(p, p.raised("getBTD", {name, content}, [&] { r.getBTD(name, content, uri); }), Verdict::fail);
   p.made(Kind::btd, name);
-  expectKnown(p, p.raised("updateBTD", {name, content}, [&] { r.updateBTD(name, content, uri); }), name,
+  expectKnown(p, p.raised("updateBTD", {name, content}, [&] { r.updateBTD(name, content, uri); }),
               Verdict::fail);
-  expectKnown(p, p.raised("deleteBTD", {name}, [&] { r.deleteBTD(name); }), name, Verdict::pass);
+  expectKnown(p, p.raised("deleteBTD", {name}, [&] { r.deleteBTD(name); }), Verdict::pass);
 }
 
 void existingBTD(Probe& p) {
@@ -233,7 +267,7 @@ void existingBTD(Probe& p) {
   KorWstring uri;
   expectKnown(
       p, p.raised("createBTD", {name, btdContent}, [&] { p.registry().createBTD(name, btdContent, uri); }),
-      name, Verdict::pass);
+      Verdict::pass);
 }
 
 void missingPolicy(Probe& p) {
@@ -244,13 +278,12 @@ void missingPolicy(Probe& p) {
   KorWstring uri;
   expectKnown(p,
               p.raised("getPolicy", {type, name, document}, [&] { r.getPolicy(type, name, document, uri); }),
-              name, Verdict::fail);
+              Verdict::fail);
   p.made(Kind::policy, name, type);
   expectKnown(
       p, p.raised("updatePolicy", {type, name, document}, [&] { r.updatePolicy(type, name, document, uri); }),
-      name, Verdict::fail);
-  expectKnown(p, p.raised("deletePolicy", {type, name}, [&] { r.deletePolicy(type, name); }), name,
-              Verdict::pass);
+      Verdict::fail);
+  expectKnown(p, p.raised("deletePolicy", {type, name}, [&] { r.deletePolicy(type, name); }), Verdict::pass);
 }
 
 void existingPolicy(Probe& p) {
@@ -261,13 +294,12 @@ void existingPolicy(Probe& p) {
   expectKnown(p,
               p.raised("createPolicy", {type, name, policyDocument},
                        [&] { p.registry().createPolicy(type, name, policyDocument, uri); }),
-              name, Verdict::pass);
+              Verdict::pass);
 }
 
 void missingService(Probe& p) {
   const KorWstring name = p.name(u"missing");
-  expectKnown(p, p.raised("deleteService", {name}, [&] { p.registry().deleteService(name); }), name,
-              Verdict::pass);
+  expectKnown(p, p.raised("deleteService", {name}, [&] { p.registry().deleteService(name); }), Verdict::pass);
 }
 
 // Concurrency: threads that each store, read, list and delete BTDs of their own.
@@ -295,18 +327,20 @@ void oneThread(Probe& p) {
   }
 }
 
-void concurrency(Probe& p) {
+// Runs body on every thread at once, each with a probe of its scope; their evidence joins the row's.
+void onThreads(Probe& p, const std::function<std::u16string(int)>& scope,
+               const std::function<void(Probe&, int)>& body) {
   std::vector<Probe> probes;
   probes.reserve(threadCount);
   for (int thread = 0; thread < threadCount; ++thread) {
-    probes.emplace_back(p.run(), u"concurrency-" + std::u16string(1, static_cast<char16_t>(u'0' + thread)));
+    probes.emplace_back(p.run(), scope(thread));
   }
   std::vector<std::thread> threads;
   threads.reserve(probes.size());
-  for (Probe& probe : probes) {
-    threads.emplace_back([&probe] {
+  for (int thread = 0; thread < threadCount; ++thread) {
+    threads.emplace_back([&body, &probe = probes[thread], thread] {
       try {
-        oneThread(probe);
+        body(probe, thread);
       } catch (const Evidence& evidence) {
         probe.evidence.push_back(evidence);
       } catch (const KorException& error) {
@@ -322,6 +356,108 @@ void concurrency(Probe& p) {
   for (Probe& probe : probes) {
     p.evidence.insert(p.evidence.end(), probe.evidence.begin(), probe.evidence.end());
   }
+}
+
+std::u16string digit(int number) {
+  return std::u16string(1, static_cast<char16_t>(u'0' + number));
+}
+
+void concurrency(Probe& p) {
+  onThreads(
+      p, [](int thread) { return u"concurrency-" + digit(thread); },
+      [](Probe& probe, int /*thread*/) { oneThread(probe); });
+}
+
+// Two threads taking turns: each waits for its turn, acts, and hands the turn on.
+class Turns {
+public:
+  // False when the other thread stopped.
+  bool await(int turn) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    ready_.wait(lock, [&] { return turn_ == turn || stopped_; });
+    return !stopped_;
+  }
+  void next() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    ++turn_;
+    ready_.notify_all();
+  }
+  void stop() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    stopped_ = true;
+    ready_.notify_all();
+  }
+
+private:
+  std::mutex mutex_;
+  std::condition_variable ready_;
+  int turn_ = 0;
+  bool stopped_ = false;
+};
+
+enum class Write { create, update, remove };
+struct Handover {
+  int writer; // 0 or 1 of the pair; the other reads
+  Write write;
+};
+// Each write in both directions.
+const Handover handovers[] = {{0, Write::create}, {1, Write::update}, {0, Write::remove},
+                              {1, Write::create}, {0, Write::update}, {1, Write::remove}};
+const int visibilityRounds = 5;
+
+void readAfter(Probe& p, const KorWstring& name, const Handover& handover, const KorWstring& content) {
+  const std::string after =
+      "the other thread's " +
+      std::string(handover.write == Write::create   ? "createBTD"
+                  : handover.write == Write::update ? "updateBTD"
+                                                    : "deleteBTD") +
+      " returned before this call: a broker's flows read on other threads what one wrote";
+  if (handover.write == Write::remove) {
+    p.expect(!btdExists(p, name), "true", "false: " + after);
+    return;
+  }
+  p.expect(handover.write == Write::update || btdExists(p, name), "false", "true: " + after);
+  Stored read = getBTD(p, name);
+  p.expect(read.document == content, "the document " + shown(read.document), shown(content) + ": " + after);
+}
+
+// One of a pair: writes when the handover is its own, else reads the other's write at once.
+void handOver(Probe& p, Turns& turns, int self) {
+  for (int round = 0; round < visibilityRounds; ++round) {
+    const KorWstring name = p.name(digit(round));
+    int turn = round * 2 * static_cast<int>(std::size(handovers));
+    for (const Handover& handover : handovers) {
+      const KorWstring content = btdContent + digit(static_cast<int>(handover.write) + round);
+      const bool writes = handover.writer == self;
+      if (!turns.await(writes ? turn : turn + 1)) {
+        return;
+      }
+      if (!writes) {
+        readAfter(p, name, handover, content);
+      } else if (handover.write == Write::remove) {
+        p.call("deleteBTD", {name}, [&] { p.registry().deleteBTD(name); });
+      } else {
+        createBTD(p, name, content, handover.write == Write::update);
+      }
+      turns.next();
+      turn += 2;
+    }
+  }
+}
+
+void visibility(Probe& p) {
+  std::vector<Turns> pairs(threadCount / 2);
+  onThreads(
+      p, [](int thread) { return u"visibility-" + digit(thread / 2); },
+      [&pairs](Probe& probe, int thread) {
+        Turns& turns = pairs[static_cast<std::size_t>(thread / 2)];
+        try {
+          handOver(probe, turns, thread % 2);
+        } catch (...) {
+          turns.stop();
+          throw;
+        }
+      });
 }
 
 // Hygiene, over every call made before.
@@ -540,6 +676,12 @@ std::vector<Requirement> registryRequirements() {
        {},
        true,
        missingBTD},
+      {"known exception",
+       "failures",
+       "a known exception carries a message number, a trace text and inserts the broker can show",
+       {"missing btd"},
+       true,
+       knownException},
       {"existing btd",
        "failures",
        "createBTD of a BTD that exists replaces it or raises an LxRecoverableException",
@@ -572,6 +714,14 @@ std::vector<Requirement> registryRequirements() {
        {"btd answers", "btd listing"},
        true,
        concurrency},
+      {"visibility",
+       "concurrency",
+       "a BTD created, updated or deleted on one thread reads so on another as soon as the call returns, "
+       "both "
+       "ways, 4 pairs of threads at once",
+       {"btd answers"},
+       true,
+       visibility},
       {"nothing pending",
        "hygiene",
        "no Java exception is left pending after any call of the run",
@@ -581,7 +731,7 @@ std::vector<Requirement> registryRequirements() {
       {"nothing left",
        "hygiene",
        "what the checks deleted is gone from every listing",
-       {"btd listing", "policy names", "service answers", "threads"},
+       {"btd listing", "policy names", "service answers", "threads", "visibility"},
        true,
        nothingLeft},
       {"global references",
