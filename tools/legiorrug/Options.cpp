@@ -101,7 +101,7 @@ std::variant<Options, int> parseOptions(int argc, char** argv) {
       "--check-registry", options.checkRegistry,
       "Instead of running commands, check the Java registry on the class path against each "
       "requirement the library has of it, and report pass, fail or warning with the call that "
-      "showed it (docs/check-registry.md). The checks use names of their own, starting with "
+      "showed it (" LEGIORRUG_DOC_DIR "/check-registry.md). The checks use names of their own, starting with "
       "legiorrug-check-PID-, and delete what they made, so the registry may hold real data; "
       "setRepositoryDetails, migratePoliciesFromISR and stopMessageFlow are resolved, never called. "
       "Exit status 0 when no requirement fails");
