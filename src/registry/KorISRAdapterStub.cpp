@@ -99,10 +99,12 @@ void KorISRAdapterStub::createBTD(const KorWstring& name, const KorWstring& cont
       KorLog::trace(function, token, {updatedText, uri});
     }
   } else {
-    // The caller's URI is set only once the record is in.
-    const KorWstring storedUri = uri.empty() ? btdUri(name) : uri;
-    btds_.emplace(name, BusinessTransactionDefinition{name, content, storedUri});
-    uri = storedUri;
+    // The URI is the caller's first and the record is built from it, so an
+    // argument passed twice is stored as it reads after the assignment.
+    if (uri.empty()) {
+      uri = btdUri(name);
+    }
+    btds_.emplace(name, BusinessTransactionDefinition{name, content, uri});
     if (tracing()) {
       KorLog::trace(function, token, {createdText, uri});
     }
@@ -204,9 +206,10 @@ void KorISRAdapterStub::createPolicy(const KorWstring& type, const KorWstring& n
   if (byName.count(name) != 0) {
     raiseFailure(__LINE__, function, token, 2113, policyPresentText, {type, name});
   }
-  const KorWstring storedUri = uri.empty() ? policyUri(type, name) : uri;
-  byName.emplace(name, Policy{type, name, document, storedUri});
-  uri = storedUri;
+  if (uri.empty()) {
+    uri = policyUri(type, name);
+  }
+  byName.emplace(name, Policy{type, name, document, uri});
   if (tracing()) {
     KorLog::exit(function, token);
   }
