@@ -6,7 +6,9 @@
 #include <KorException.hpp>
 #include <KorLog.hpp>
 
+#include <algorithm>
 #include <initializer_list>
+#include <iterator>
 
 namespace {
 
@@ -51,18 +53,34 @@ bool tracing() {
   korTracedRaise(error);
 }
 
+// The parts in one allocation, through the stack when they fit: the shared
+// literals' reference counts, an atomic write each, are left alone.
+KorWstring joined(std::initializer_list<const KorWstring*> parts) {
+  std::size_t length = 0;
+  for (const KorWstring* part : parts) {
+    length += part->length();
+  }
+  KorWstring::CodeUnit units[128];
+  if (length > std::size(units)) {
+    KorWstring text;
+    for (const KorWstring* part : parts) {
+      text.append(part->data(), part->length());
+    }
+    return text;
+  }
+  KorWstring::CodeUnit* out = units;
+  for (const KorWstring* part : parts) {
+    out = std::copy_n(part->data(), part->length(), out);
+  }
+  return KorWstring(units, length);
+}
+
 KorWstring btdUri(const KorWstring& name) {
-  KorWstring uri = literals().btdUriPrefix;
-  uri += name;
-  return uri;
+  return joined({&literals().btdUriPrefix, &name});
 }
 
 KorWstring policyUri(const KorWstring& type, const KorWstring& name) {
-  KorWstring uri = literals().policyUriPrefix;
-  uri += type;
-  uri += literals().pathSeparator;
-  uri += name;
-  return uri;
+  return joined({&literals().policyUriPrefix, &type, &literals().pathSeparator, &name});
 }
 
 KorISRAdapterStub::Policy* findPolicy(PolicyStore& policies, const KorWstring& type, const KorWstring& name) {
