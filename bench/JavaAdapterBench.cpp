@@ -530,15 +530,18 @@ void withSizes(benchmark::internal::Benchmark* benchmark, const JavaOperation& o
 PairSides javaSides(const JavaOperation& operation, int count, bool owned) {
   JavaRegistry::instance().holdBtds(count);
   auto kept = std::make_shared<std::tuple<Inputs, Outputs, OwnedOutputs>>();
-  auto& [in, out, ownedOut] = *kept;
-  Adapter& adapter = JavaRegistry::instance().adapter();
+  Inputs* in = &std::get<0>(*kept);
+  Outputs* out = &std::get<1>(*kept);
+  OwnedOutputs* ownedOut = &std::get<2>(*kept);
+  Adapter* adapter = &JavaRegistry::instance().adapter();
   JNIEnv* env = KorJVM::getEnvironment();
-  const FloorJni& jni = floorJni();
-  std::function<void()> floor = [&, env] { operation.floor(env, jni, in); };
+  const FloorJni* jni = &floorJni();
+  const JavaOperation* op = &operation;
+  std::function<void()> floor = [=] { op->floor(env, *jni, *in); };
   if (owned) {
-    floor = [&, env] { operation.owned(env, jni, in, ownedOut); };
+    floor = [=] { op->owned(env, *jni, *in, *ownedOut); };
   }
-  return {[&] { operation.library(adapter, in, out); }, floor, kept};
+  return {[=] { op->library(*adapter, *in, *out); }, floor, kept};
 }
 
 int registerJavaBenchmarks() {

@@ -131,12 +131,15 @@ void countInstructions(const std::string& filter) {
       for (int i = 0; i < 50; ++i) {
         (*operation)();
       }
+      // Several windows, so that one without a collection in the JVM shows.
       const std::string label = pair.name + " " + side + " " + std::to_string(operations);
-      CALLGRIND_ZERO_STATS;
-      for (int i = 0; i < operations; ++i) {
-        (*operation)();
+      for (int window = 0; window < 5; ++window) {
+        CALLGRIND_ZERO_STATS;
+        for (int i = 0; i < operations; ++i) {
+          (*operation)();
+        }
+        CALLGRIND_DUMP_STATS_AT(label.c_str());
       }
-      CALLGRIND_DUMP_STATS_AT(label.c_str());
     }
   }
 }

@@ -21,9 +21,9 @@ struct PairSides {
 void registerPair(const std::string& name, double bound, bool java, std::function<PairSides()> prepare);
 
 // Runs the pairs whose names contain filter (those at a scale below 10,000)
-// a fixed number of times per side, each side's run between callgrind's
-// client requests, which dump it as "NAME library|floor OPERATIONS". Outside
-// valgrind the requests do nothing.
+// in five windows of a fixed number of operations per side, each window
+// between callgrind's client requests, which dump it as "NAME library|floor
+// OPERATIONS". Outside valgrind the requests do nothing.
 void countInstructions(const std::string& filter);
 
 } // namespace bench
