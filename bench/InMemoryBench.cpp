@@ -1,6 +1,7 @@
 // The in-memory registry's operations beside the same work on
 // std::map<std::u16string, ...>, and the allocation count of a KorWstring copy.
 #include "BenchSupport.hpp"
+#include "PairBench.hpp"
 
 #include <KorISRAdapterStub.hpp>
 #include <KorWstringText.hpp>
@@ -247,6 +248,11 @@ int registerInMemoryBenchmarks() {
     for (int count : operation.btds) {
       library->Arg(count);
       baseline->Arg(count);
+      registerPair("stub/" + name + "/" + std::to_string(count), 1.10, false, [&operation, count] {
+        Stores& stores = Stores::holding(count);
+        return PairSides{[&] { operation.library(stores.stub, stores.stubProbe); },
+                         [&] { operation.baseline(stores.map, stores.mapProbe); }, nullptr};
+      });
     }
   }
   return 0;

@@ -5,6 +5,7 @@
 // second floor, owned, that returns owned standard strings as a careful
 // hand-written function would.
 #include "BenchSupport.hpp"
+#include "PairBench.hpp"
 
 #include <KorJVM.hpp>
 
@@ -12,6 +13,7 @@
 #include <cstdlib>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -524,6 +526,24 @@ void withSizes(benchmark::internal::Benchmark* benchmark, const JavaOperation& o
   }
 }
 
+// The library beside its floor, or beside the owned floor, at count BTDs.
+PairSides javaSides(const JavaOperation& operation, int count, bool owned) {
+  JavaRegistry::instance().holdBtds(count);
+  auto kept = std::make_shared<std::tuple<Inputs, Outputs, OwnedOutputs>>();
+  Inputs* in = &std::get<0>(*kept);
+  Outputs* out = &std::get<1>(*kept);
+  OwnedOutputs* ownedOut = &std::get<2>(*kept);
+  Adapter* adapter = &JavaRegistry::instance().adapter();
+  JNIEnv* env = KorJVM::getEnvironment();
+  const FloorJni* jni = &floorJni();
+  const JavaOperation* op = &operation;
+  std::function<void()> floor = [=] { op->floor(env, *jni, *in); };
+  if (owned) {
+    floor = [=] { op->owned(env, *jni, *in, *ownedOut); };
+  }
+  return {[=] { op->library(*adapter, *in, *out); }, floor, kept};
+}
+
 int registerJavaBenchmarks() {
   for (const JavaOperation& operation : operations) {
     const std::string name = operation.name;
@@ -532,6 +552,15 @@ int registerJavaBenchmarks() {
     if (operation.owned != nullptr) {
       withSizes(benchmark::RegisterBenchmark(("owned/" + name).c_str(), runFloor, operation, true),
                 operation);
+    }
+    for (int count : operation.btds) {
+      const std::string scaled = name + "/" + std::to_string(count);
+      registerPair("library/" + scaled, operation.owned != nullptr ? 0 : 1.05, true,
+                   [&operation, count] { return javaSides(operation, count, false); });
+      if (operation.owned != nullptr) {
+        registerPair("owned/" + scaled, 1.05, true,
+                     [&operation, count] { return javaSides(operation, count, true); });
+      }
     }
     if (operation.trace) {
       benchmark::RegisterBenchmark(("trace4/" + name).c_str(), runLibrary, operation, 4)

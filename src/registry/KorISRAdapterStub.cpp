@@ -6,7 +6,9 @@
 #include <KorException.hpp>
 #include <KorLog.hpp>
 
+#include <algorithm>
 #include <initializer_list>
+#include <iterator>
 
 namespace {
 
@@ -51,18 +53,34 @@ bool tracing() {
   korTracedRaise(error);
 }
 
+// The parts in one allocation, through the stack when they fit: the shared
+// literals' reference counts, an atomic write each, are left alone.
+KorWstring joined(std::initializer_list<const KorWstring*> parts) {
+  std::size_t length = 0;
+  for (const KorWstring* part : parts) {
+    length += part->length();
+  }
+  KorWstring::CodeUnit units[128];
+  if (length > std::size(units)) {
+    KorWstring text;
+    for (const KorWstring* part : parts) {
+      text.append(part->data(), part->length());
+    }
+    return text;
+  }
+  KorWstring::CodeUnit* out = units;
+  for (const KorWstring* part : parts) {
+    out = std::copy_n(part->data(), part->length(), out);
+  }
+  return KorWstring(units, length);
+}
+
 KorWstring btdUri(const KorWstring& name) {
-  KorWstring uri = literals().btdUriPrefix;
-  uri += name;
-  return uri;
+  return joined({&literals().btdUriPrefix, &name});
 }
 
 KorWstring policyUri(const KorWstring& type, const KorWstring& name) {
-  KorWstring uri = literals().policyUriPrefix;
-  uri += type;
-  uri += literals().pathSeparator;
-  uri += name;
-  return uri;
+  return joined({&literals().policyUriPrefix, &type, &literals().pathSeparator, &name});
 }
 
 KorISRAdapterStub::Policy* findPolicy(PolicyStore& policies, const KorWstring& type, const KorWstring& name) {
@@ -99,10 +117,12 @@ void KorISRAdapterStub::createBTD(const KorWstring& name, const KorWstring& cont
       KorLog::trace(function, token, {updatedText, uri});
     }
   } else {
-    // The caller's URI is set only once the record is in.
-    const KorWstring storedUri = uri.empty() ? btdUri(name) : uri;
-    btds_.emplace(name, BusinessTransactionDefinition{name, content, storedUri});
-    uri = storedUri;
+    // The URI is the caller's first and the record is built from it, so an
+    // argument passed twice is stored as it reads after the assignment.
+    if (uri.empty()) {
+      uri = btdUri(name);
+    }
+    btds_.emplace(name, BusinessTransactionDefinition{name, content, uri});
     if (tracing()) {
       KorLog::trace(function, token, {createdText, uri});
     }
@@ -204,9 +224,10 @@ void KorISRAdapterStub::createPolicy(const KorWstring& type, const KorWstring& n
   if (byName.count(name) != 0) {
     raiseFailure(__LINE__, function, token, 2113, policyPresentText, {type, name});
   }
-  const KorWstring storedUri = uri.empty() ? policyUri(type, name) : uri;
-  byName.emplace(name, Policy{type, name, document, storedUri});
-  uri = storedUri;
+  if (uri.empty()) {
+    uri = policyUri(type, name);
+  }
+  byName.emplace(name, Policy{type, name, document, uri});
   if (tracing()) {
     KorLog::exit(function, token);
   }

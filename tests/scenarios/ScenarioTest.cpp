@@ -52,6 +52,7 @@ std::string joined(const Texts& texts) {
 using Operation = std::function<std::string(KorISRAdapter&, Texts&)>;
 const std::map<std::string, Operation> operations = {
     {"createBTD", [](auto& r, Texts& a) { return r.createBTD(a[0], a[1], a[2]), ""; }},
+    {"createBTD(name, x, x)", [](auto& r, Texts& a) { return r.createBTD(a[0], a[1], a[1]), ""; }},
     {"updateBTD", [](auto& r, Texts& a) { return r.updateBTD(a[0], a[1], a[2]), ""; }},
     {"getBTD", [](auto& r, Texts& a) { return r.getBTD(a[0], a[1], a[2]), ""; }},
     {"deleteBTD", [](auto& r, Texts& a) { return r.deleteBTD(a[0]), ""; }},
@@ -59,6 +60,7 @@ const std::map<std::string, Operation> operations = {
     {"listBTDs", [](auto& r, Texts& a) { return r.listBTDs(a), ""; }},
     {"getBTDNames", [](auto& r, Texts& a) { return "[" + joined(r.getBTDNames(a[0])) + "]"; }},
     {"createPolicy", [](auto& r, Texts& a) { return r.createPolicy(a[0], a[1], a[2], a[3]), ""; }},
+    {"createPolicy(t,n,x,x)", [](auto& r, Texts& a) { return r.createPolicy(a[0], a[1], a[2], a[2]), ""; }},
     {"updatePolicy", [](auto& r, Texts& a) { return r.updatePolicy(a[0], a[1], a[2], a[3]), ""; }},
     {"getPolicy", [](auto& r, Texts& a) { return r.getPolicy(a[0], a[1], a[2], a[3]), ""; }},
     {"deletePolicy", [](auto& r, Texts& a) { return r.deletePolicy(a[0], a[1]), ""; }},
