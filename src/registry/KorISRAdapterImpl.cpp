@@ -50,7 +50,7 @@ void storeBTD(jobject adapter, const char* function, AdapterMethod store, const 
   jstring javaContent = java.string(content);
   jobject document = java.construct("NewObject", btd.cls, btd.init, javaName, javaContent);
   java.call<void>(storeLabel, adapter, java.manager().isrAdapter().*store, document);
-  uri = java.requiredText("method_com_vantor_broker_isr_BTDDocument_getUri", document, btd.getUri);
+  java.requiredText(uri, "method_com_vantor_broker_isr_BTDDocument_getUri", document, btd.getUri);
   debugExit(function, token);
 }
 
@@ -66,7 +66,7 @@ void storePolicy(jobject adapter, const char* function, KorLogToken token, Adapt
   jobject object = java.construct("NewObject", policy.cls, policy.init, javaType, javaName, javaDocument);
   java.call<void>("ISRPolicy_validateContent", object, policy.validateContent);
   java.call<void>(storeLabel, adapter, java.manager().isrAdapter().*store, object);
-  uri = java.requiredText(storeLabel, object, policy.getUri);
+  java.requiredText(uri, storeLabel, object, policy.getUri);
 }
 
 const char* const btdListLabel = "method_com_vantor_broker_isr_ISRAdapter_getBTDs";
@@ -173,9 +173,8 @@ void KorISRAdapterImpl::getBTD(const KorWstring& name, KorWstring& content, KorW
   jobject document = java.construct("NewObject", btd.cls, btd.init, javaName, javaContent);
   java.call<void>("method_com_vantor_broker_isr_ISRAdapter_getBTD", javaAdapter_,
                   java.manager().isrAdapter().getBTD, document);
-  uri = java.requiredText("method_com_vantor_broker_isr_BTDDocument_getUri", document, btd.getUri);
-  content =
-      java.requiredText("method_com_vantor_broker_isr_BTDDocument_getContent", document, btd.getContent);
+  java.requiredText(uri, "method_com_vantor_broker_isr_BTDDocument_getUri", document, btd.getUri);
+  java.requiredText(content, "method_com_vantor_broker_isr_BTDDocument_getContent", document, btd.getContent);
   debugExit(function, token);
 }
 
@@ -259,8 +258,8 @@ void KorISRAdapterImpl::getPolicy(const KorWstring& type, const KorWstring& name
   jstring javaDocument = java.string(document);
   jobject query = java.construct("NewObject", policy.cls, policy.init, javaType, javaName, javaDocument);
   java.call<void>(getLabel, javaAdapter_, java.manager().isrAdapter().getPolicy, query);
-  uri = java.requiredText(getLabel, query, policy.getUri);
-  document = java.requiredText(getLabel, query, policy.getDocument);
+  java.requiredText(uri, getLabel, query, policy.getUri);
+  java.requiredText(document, getLabel, query, policy.getDocument);
   debugExit(function, token);
 }
 
@@ -312,7 +311,7 @@ std::vector<KorWstring> KorISRAdapterImpl::getPolicyNames(const KorWstring& type
   const char* const namesLabel = "PolicyRespositoryManager_getPolicyNames";
   const char* const listLabel = "method_com_vantor_broker_isr_ISRAdapter_getPoliciesWithoutDoc";
   jstring javaType = java.string(type);
-  names = java.requiredText(namesLabel, javaAdapter_, adapter.getPolicyNames, javaType);
+  java.requiredText(names, namesLabel, javaAdapter_, adapter.getPolicyNames, javaType);
   jobject policies = java.call<jobject>(listLabel, javaAdapter_, adapter.getPoliciesWithoutDoc, javaType);
   jsize count = java.length(policies);
   result.reserve(static_cast<std::size_t>(count));

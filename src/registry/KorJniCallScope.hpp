@@ -58,14 +58,18 @@ public:
     unchecked_ = true;
     return string;
   }
-  // A text of its own; a null string is the empty text, and a failed read
-  // raises under label. The conversion's own exception check is the
-  // outcome check of a read that succeeds.
-  KorWstring text(const KorCallLabel& label, jobject string) {
-    KorWstring result;
-    if (!manager_->javaStringToKorWstring(env_, static_cast<jstring>(string), result)) {
+  // Reads string into out; a null string is the empty text, and a failed
+  // read raises under label and leaves out as it was. The conversion's own
+  // exception check is the outcome check of a read that succeeds. Reading
+  // into the caller's text spares a temporary and its move.
+  void text(const KorCallLabel& label, jobject string, KorWstring& out) {
+    if (!manager_->javaStringToKorWstring(env_, static_cast<jstring>(string), out)) {
       check(label);
     }
+  }
+  KorWstring text(const KorCallLabel& label, jobject string) {
+    KorWstring result;
+    text(label, string, result);
     return result;
   }
 
@@ -109,6 +113,11 @@ public:
   template <typename... Args>
   KorWstring requiredText(const KorCallLabel& label, jobject receiver, jmethodID method, Args... args) {
     return text(label, nonNull(label, call<jobject>(label, receiver, method, args...)));
+  }
+  template <typename... Args>
+  void requiredText(KorWstring& out, const KorCallLabel& label, jobject receiver, jmethodID method,
+                    Args... args) {
+    text(label, nonNull(label, call<jobject>(label, receiver, method, args...)), out);
   }
   template <typename... Args>
   KorWstring optionalText(const KorCallLabel& label, jobject receiver, jmethodID method, Args... args) {
