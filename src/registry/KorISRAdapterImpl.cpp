@@ -72,12 +72,11 @@ void storePolicy(jobject adapter, const char* function, KorLogToken token, Adapt
 const char* const btdListLabel = "method_com_vantor_broker_isr_ISRAdapter_getBTDs";
 
 // Appends one text of every BTD of a listing to list as it arrives, each a
-// text of its own, and joins it to joined when given: what arrived before a
-// failure stays with the caller. The length is read again before every
-// element.
+// text of its own: what arrived before a failure stays with the caller. The
+// length is read again before every element.
 void listEachBTD(KorJniCallScope& java, const char* function, KorLogToken token, jobject btds,
                  jmethodID KorISRAdapterJniManager::BTDDocumentClass::*read, const char* readLabel,
-                 const char* traceText, std::vector<KorWstring>& list, KorWstring* joined) {
+                 const char* traceText, std::vector<KorWstring>& list) {
   for (jsize i = 0, length = java.length(btds); i < length; ++i, length = java.length(btds)) {
     if (i == 0) {
       korMakeRoom(list, static_cast<std::size_t>(length));
@@ -86,9 +85,6 @@ void listEachBTD(KorJniCallScope& java, const char* function, KorLogToken token,
     list.push_back(java.requiredText(readLabel, btd, java.manager().btdDocument().*read));
     if (debugTrace()) {
       KorLog::debugTrace(function, token, {traceText, list.back()});
-    }
-    if (joined != nullptr) {
-      korAppendJoined(*joined, list.back());
     }
   }
 }
@@ -197,7 +193,7 @@ void KorISRAdapterImpl::listBTDs(std::vector<KorWstring>& uris) {
   const char* const readLabel = "method_com_vantor_broker_isr_BTDDocument_getUri";
   jobject btds = java.call<jobject>(btdListLabel, javaAdapter_, java.manager().isrAdapter().getBTDs);
   listEachBTD(java, function, token, btds, &KorISRAdapterJniManager::BTDDocumentClass::getUri, readLabel,
-              "Adding URI to result", uris, nullptr);
+              "Adding URI to result", uris);
   debugExit(function, token);
 }
 
@@ -209,8 +205,15 @@ std::vector<KorWstring> KorISRAdapterImpl::getBTDNames(KorWstring& names) {
   jobject btds = java.call<jobject>(btdListLabel, javaAdapter_, java.manager().isrAdapter().getBTDs);
   std::vector<KorWstring> result;
   names.clear();
-  listEachBTD(java, function, token, btds, &KorISRAdapterJniManager::BTDDocumentClass::getName, readLabel,
-              "Adding name to result", result, &names);
+  // A failed read still leaves the names read before it joined in names.
+  try {
+    listEachBTD(java, function, token, btds, &KorISRAdapterJniManager::BTDDocumentClass::getName, readLabel,
+                "Adding name to result", result);
+  } catch (...) {
+    korAppendJoined(names, result);
+    throw;
+  }
+  korAppendJoined(names, result);
   debugExit(function, token);
   return result;
 }

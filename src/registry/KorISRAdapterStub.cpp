@@ -208,8 +208,8 @@ std::vector<KorWstring> KorISRAdapterStub::getBTDNames(KorWstring& names) {
       KorLog::trace(function, token, {"Adding name to result", entry.first});
     }
     result.push_back(entry.first);
-    korAppendJoined(names, entry.first);
   }
+  korAppendJoined(names, result);
   if (tracing()) {
     KorLog::exit(function, token);
   }
@@ -294,8 +294,8 @@ std::vector<KorWstring> KorISRAdapterStub::getPolicyNames(const KorWstring& type
     result.reserve(byType->second.size());
     for (const auto& entry : byType->second) {
       result.push_back(entry.first);
-      korAppendJoined(names, entry.first);
     }
+    korAppendJoined(names, result);
   }
   if (tracing()) {
     KorLog::exit(function, token, {result.size()});
