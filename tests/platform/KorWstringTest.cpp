@@ -43,6 +43,10 @@ TEST(KorWstringTest, CopySharesBufferAndWriteCopiesFirst) {
   EXPECT_FALSE(copy.sharesBufferWith(original));
   EXPECT_EQ(KorWstringText::view(original), u"shared");
   EXPECT_EQ(KorWstringText::view(copy), u"shared!");
+  copy += KorWstringText::fromUtf16(u"!"); // its own buffer grows, with room to spare
+  KorWstring reader = copy;
+  reader += KorWstringText::fromUtf16(u"?"); // fits that room, yet must not write into it
+  EXPECT_EQ(KorWstringText::view(copy), u"shared!!");
 
   // Clearing a shared copy lets go of the buffer; clearing a string's own
   // buffer keeps it for the next append.
@@ -54,6 +58,7 @@ TEST(KorWstringTest, CopySharesBufferAndWriteCopiesFirst) {
   copy += KorWstringText::fromUtf16(u"again");
   EXPECT_EQ(copy.data(), own);
   EXPECT_EQ(KorWstringText::view(copy), u"again");
+  EXPECT_EQ(KorWstringText::view(reader), u"shared!!?");
   EXPECT_TRUE(fourth.empty());
 }
 
