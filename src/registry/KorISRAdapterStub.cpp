@@ -1,6 +1,7 @@
 #include "KorISRAdapterStub.hpp"
 
 #include "KorListings.hpp"
+#include "KorTextOfLength.hpp"
 #include "KorTracedRaise.hpp"
 
 #include <KorException.hpp>
@@ -8,7 +9,6 @@
 
 #include <algorithm>
 #include <initializer_list>
-#include <iterator>
 
 namespace {
 
@@ -53,26 +53,18 @@ bool tracing() {
   korTracedRaise(error);
 }
 
-// The parts in one allocation, through the stack when they fit: the shared
-// literals' reference counts, an atomic write each, are left alone.
+// The parts copied into one text: the shared literals' reference counts, an
+// atomic write each, are left alone.
 KorWstring joined(std::initializer_list<const KorWstring*> parts) {
   std::size_t length = 0;
   for (const KorWstring* part : parts) {
     length += part->length();
   }
-  KorWstring::CodeUnit units[128];
-  if (length > std::size(units)) {
-    KorWstring text;
+  return korTextOfLength(length, [parts](KorWstring::CodeUnit* out) {
     for (const KorWstring* part : parts) {
-      text.append(part->data(), part->length());
+      out = std::copy_n(part->data(), part->length(), out);
     }
-    return text;
-  }
-  KorWstring::CodeUnit* out = units;
-  for (const KorWstring* part : parts) {
-    out = std::copy_n(part->data(), part->length(), out);
-  }
-  return KorWstring(units, length);
+  });
 }
 
 KorWstring btdUri(const KorWstring& name) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "KorTextOfLength.hpp"
+
 #include <KorWstring.hpp>
 
 #include <algorithm>
@@ -8,7 +10,7 @@
 
 // Appends names to joined, each after a single space unless the text so far
 // is empty: an empty name while it is still empty adds nothing. The text is
-// built once at its final length, so what the caller gets holds no spare room.
+// made once, at its final length.
 inline void korAppendJoined(KorWstring& joined, const std::vector<KorWstring>& names) {
   if (names.empty()) {
     return;
@@ -21,16 +23,15 @@ inline void korAppendJoined(KorWstring& joined, const std::vector<KorWstring>& n
   for (const KorWstring& name : names) {
     length += (length == 0 ? 0 : 1) + name.length();
   }
-  std::vector<KorWstring::CodeUnit> text;
-  text.reserve(length);
-  text.insert(text.end(), joined.data(), joined.data() + joined.length());
-  for (const KorWstring& name : names) {
-    if (!text.empty()) {
-      text.push_back(u' ');
+  joined = korTextOfLength(length, [&joined, &names](KorWstring::CodeUnit* start) {
+    KorWstring::CodeUnit* out = std::copy_n(joined.data(), joined.length(), start);
+    for (const KorWstring& name : names) {
+      if (out != start) {
+        *out++ = u' ';
+      }
+      out = std::copy_n(name.data(), name.length(), out);
     }
-    text.insert(text.end(), name.data(), name.data() + name.length());
-  }
-  joined = KorWstring(text.data(), text.size());
+  });
 }
 
 // Room for more texts in a caller's list, still growing it geometrically
