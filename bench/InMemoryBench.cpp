@@ -6,8 +6,11 @@
 #include <KorISRAdapterStub.hpp>
 #include <KorWstringText.hpp>
 
+#include <algorithm>
 #include <map>
 #include <memory>
+#include <numeric>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -55,29 +58,49 @@ struct Stores {
   Probe<KorWstring> stubProbe;
   Probe<std::u16string> mapProbe;
 
+  // Each side's store is built in a loop of its own, so that the two lie in
+  // separate stretches of the heap: built together, a key's node in one store
+  // sat beside its node in the other, and the side that walked a key second
+  // found its pages and lines warmed by the first. Both insert in one shuffled
+  // order: in ascending order each store's nodes lay at a fixed stride, and the
+  // nodes an insertion at the end walks shared a few sets of the L1 cache.
   explicit Stores(int count) {
     const KorWstring content = document(documentLength);
-    KorWstring uri;
-    for (int i = 0; i < count; ++i) {
-      const KorWstring name = numbered("btd", i);
-      uri.clear();
-      stub.createBTD(name, content, uri);
-      map.btds.emplace(standard(name), MapRegistry::Btd{standard(content), standard(uri)});
-    }
     const KorWstring type = text("Security");
+    std::vector<int> order(static_cast<std::size_t>(count));
+    std::iota(order.begin(), order.end(), 0);
+    std::shuffle(order.begin(), order.end(), std::minstd_rand(12345));
+    KorWstring uri;
+    for (int i : order) {
+      uri.clear();
+      stub.createBTD(numbered("btd", i), content, uri);
+    }
+    for (int i = 0; i < policyCount; ++i) {
+      uri.clear();
+      stub.createPolicy(type, numbered("policy", i), content, uri);
+    }
+    for (int i : order) {
+      const std::u16string name = standard(numbered("btd", i));
+      map.btds.emplace(name, MapRegistry::Btd{standard(content), btdUriPrefix + name});
+    }
+    KorWstring stored;
     for (int i = 0; i < policyCount; ++i) {
       const KorWstring name = numbered("policy", i);
-      uri.clear();
-      stub.createPolicy(type, name, content, uri);
+      stub.getPolicy(type, name, stored, uri);
       map.policies[standard(type)].emplace(
           standard(name),
           MapRegistry::Policy{standard(type), standard(name), standard(content), standard(uri)});
     }
+    // The same pseudo-random sample for both sides, each key the caller's own
+    // text (not a copy sharing the stored one).
+    const int samples = std::min(count, 1 << 16);
     std::uint32_t random = 12345;
-    for (int i = 0; i < std::min(count, 1 << 16); ++i) {
+    for (int i = 0; i < samples; ++i) {
       random = random * 1664525 + 1013904223;
       const KorWstring name = numbered("btd", static_cast<int>(random % static_cast<std::uint32_t>(count)));
-      stubProbe.keys.push_back(name);
+      stubProbe.keys.emplace_back(name.data(), name.length());
+    }
+    for (const KorWstring& name : stubProbe.keys) {
       mapProbe.keys.push_back(standard(name));
     }
     stubProbe.type = type;

@@ -114,15 +114,24 @@ KorWstring toKorWstring(const wchar_t* literal);
 /// @cond
 // The key order of every ordered map of the registry: a shared buffer is
 // equal, otherwise unsigned code-unit order with a prefix first.
-// Inline: every map lookup makes a few of these.
+// Inline: every map lookup makes a few of these. One test a unit while the
+// units are equal, where a three-way comparison makes two.
 template <> struct std::less<KorWstring> {
   bool operator()(const KorWstring& a, const KorWstring& b) const noexcept {
     if (a.sharesBufferWith(b)) {
       return false;
     }
-    const std::size_t common = a.length() < b.length() ? a.length() : b.length();
-    const int order = std::char_traits<KorWstring::CodeUnit>::compare(a.data(), b.data(), common);
-    return order < 0 || (order == 0 && a.length() < b.length());
+    const std::size_t aLength = a.length();
+    const std::size_t bLength = b.length();
+    const std::size_t common = aLength < bLength ? aLength : bLength;
+    const KorWstring::CodeUnit* x = a.data();
+    const KorWstring::CodeUnit* y = b.data();
+    for (std::size_t i = 0; i < common; ++i) {
+      if (x[i] != y[i]) {
+        return x[i] < y[i];
+      }
+    }
+    return aLength < bLength;
   }
 };
 /// @endcond

@@ -15,8 +15,9 @@ using testing::AllOf, testing::HasSubstr, testing::ResultOf, testing::StartsWith
 TEST(KorWstringTest, KeyOrderIsUnsignedCodeUnitOrderWithPrefixFirst) {
   const std::less<KorWstring> less;
   // Lesser, greater: a signed comparison puts 0x8000 and 0xFFFF first; surrogates compare as units, not
-  // code points; a lone surrogate is a prefix.
+  // code points; a lone surrogate is a prefix; the first difference decides, not a later one.
   const std::u16string_view rows[][2] = {{u"", std::u16string_view(u"\0", 1)},
+                                         {u"btd000129", u"btd000200"},
                                          {u"B", u"a"},
                                          {u"a", u"ab"},
                                          {u"ab", u"b"},
