@@ -30,6 +30,11 @@ TEST(KorWstringTest, KeyOrderIsUnsignedCodeUnitOrderWithPrefixFirst) {
     EXPECT_TRUE(less(KorWstringText::fromUtf16(row[0]), KorWstringText::fromUtf16(row[1])));
     EXPECT_FALSE(less(KorWstringText::fromUtf16(row[1]), KorWstringText::fromUtf16(row[0])));
   }
+  // Only the common units are read: a cleared text's stale units beyond its length are not compared.
+  KorWstring prefix = KorWstringText::fromUtf16(u"a~");
+  prefix.clear();
+  prefix += KorWstringText::fromUtf16(u"a");
+  EXPECT_FALSE(less(KorWstringText::fromUtf16(u"az"), prefix));
   const KorWstring word = KorWstringText::fromUtf16(u"\u8000same");
   const KorWstring copy = word; // NOLINT(performance-unnecessary-copy-initialization): shares the buffer
   EXPECT_FALSE(less(word, copy) || less(copy, word) || less(word, KorWstringText::fromUtf16(u"\u8000same")));
