@@ -5,7 +5,6 @@
 #include <valgrind/callgrind.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
 #include <ctime>
 #include <deque>
@@ -40,20 +39,6 @@ double batch(const std::function<void()>& operation, std::size_t count) {
     operation();
   }
   return threadSeconds() - start;
-}
-
-// The 95 % interval of a median from order statistics: the ranks k-1 and n-k
-// (from 0) of n sorted values, k the largest with P(Bin(n, 1/2) < k) within 2.5 %.
-std::pair<std::size_t, std::size_t> medianInterval(std::size_t n) {
-  double below = 0;
-  double point = std::ldexp(1.0, -static_cast<int>(n));
-  std::size_t k = 0;
-  while (below + point <= 0.025) {
-    below += point;
-    ++k;
-    point = point * static_cast<double>(n - k + 1) / static_cast<double>(k);
-  }
-  return {k == 0 ? 0 : k - 1, k == 0 ? n - 1 : n - k};
 }
 
 double median(std::vector<double> values) {
@@ -93,11 +78,7 @@ void runPair(benchmark::State& state, const Pair& pair) {
       ratios.push_back(library.back() / floor.back());
     }
   }
-  const auto [low, high] = medianInterval(ratios.size());
   state.counters["ratio"] = median(ratios);
-  std::sort(ratios.begin(), ratios.end());
-  state.counters["ratio_low"] = ratios[low];
-  state.counters["ratio_high"] = ratios[high];
   state.counters["bound"] = pair.bound;
   state.counters["library_ns"] = median(library) * 1e9;
   state.counters["floor_ns"] = median(floor) * 1e9;

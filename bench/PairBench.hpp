@@ -15,8 +15,8 @@ struct PairSides {
 
 // Registers pair/NAME: the library and its floor alternating in short batches
 // on one thread, the ratio taken per pair of batches. Counters: ratio (the
-// median), ratio_low and ratio_high (its 95 % interval), bound (0 for none),
-// library_ns and floor_ns (medians per operation) and pairs. prepare runs
+// median; scripts/bench takes its interval over processes), bound (0 for
+// none), library_ns and floor_ns (medians per operation) and pairs. prepare runs
 // when the pair does; java says whether it needs the JVM.
 void registerPair(const std::string& name, double bound, bool java, std::function<PairSides()> prepare);
 
