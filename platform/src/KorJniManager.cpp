@@ -11,6 +11,7 @@
 #include <climits>
 #include <mutex>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
@@ -47,6 +48,20 @@ jmethodID method(JNIEnv* env, jclass cls, const char* name, const char* signatur
     raiseMissing(env, __LINE__, name);
   }
   return id;
+}
+
+// Fills text, which holds nothing, with string's units; a failed read leaves
+// it holding nothing.
+bool readInto(JNIEnv* env, jstring string, KorWstring& text) {
+  const jsize length = env->GetStringLength(string);
+  env->GetStringRegion(string, 0, length,
+                       reinterpret_cast<jchar*>(KorWstringWriter::resizeForOverwrite(text, length)));
+  // The buffer was sized, not filled: a failed read must not hand it out.
+  if (env->ExceptionCheck()) {
+    text = KorWstring();
+    return false;
+  }
+  return true;
 }
 
 } // namespace
@@ -92,23 +107,18 @@ jstring KorJniManager::KorWstringTojavaString(JNIEnv* env, const KorWstring& tex
   return env->NewString(units, static_cast<jsize>(text.length()));
 }
 
+// Reads into the returned text itself: no temporary to move and destroy.
 KorWstring KorJniManager::javaStringToKorWstringInternal(JNIEnv* env, jstring string) const {
   KorWstring text;
-  javaStringToKorWstring(env, string, text);
+  if (string != nullptr) {
+    readInto(env, string, text);
+  }
   return text;
 }
 
 bool KorJniManager::javaStringToKorWstring(JNIEnv* env, jstring string, KorWstring& text) const {
-  if (string == nullptr) {
-    text = KorWstring();
-    return true;
-  }
-  const jsize length = env->GetStringLength(string);
   KorWstring read;
-  env->GetStringRegion(string, 0, length,
-                       reinterpret_cast<jchar*>(KorWstringWriter::resizeForOverwrite(read, length)));
-  // The buffer was sized, not filled: a failed read must not hand it out.
-  if (env->ExceptionCheck()) {
+  if (string != nullptr && !readInto(env, string, read)) {
     return false;
   }
   text = std::move(read);

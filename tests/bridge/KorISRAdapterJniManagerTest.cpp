@@ -128,6 +128,25 @@ TEST_F(JniManagerTest, UnpackingReadsTheNumberAgainAndAppendsTheInserts) {
   EXPECT_FALSE(manager->processKnownException(env, nullptr, number, text, inserts, nested));
 }
 
+// A failed read hands out no unfilled units: the returned text is empty, and
+// the caller's text stays as it was.
+TEST_F(JniManagerTest, AFailedReadOfAJavaStringGivesNothingUnfilled) {
+  const KorISRAdapterJniManager* manager = KorISRAdapterJniManager::instance();
+  jstring string = TestJvm::string("read me");
+  TestJvm::failNthCall(1, "java/lang/StringIndexOutOfBoundsException");
+  EXPECT_TRUE(manager->javaStringToKorWstringInternal(env, string).empty());
+  EXPECT_TRUE(env->ExceptionCheck());
+  env->ExceptionClear();
+  KorWstring text = KorWstringText::fromUtf8("kept");
+  TestJvm::failNthCall(1, "java/lang/StringIndexOutOfBoundsException");
+  EXPECT_FALSE(manager->javaStringToKorWstring(env, string, text));
+  TestJvm::stopFailingCalls();
+  EXPECT_TRUE(env->ExceptionCheck());
+  env->ExceptionClear();
+  EXPECT_EQ(KorWstringText::toUtf8(text), "kept");
+  env->DeleteLocalRef(string);
+}
+
 // A broker starts and ends threads all its life: neither the threads the
 // platform attached nor the class loaders set before may stay behind.
 TEST_F(JniManagerTest, EndedThreadsAndReplacedLoadersAreReleased) {
