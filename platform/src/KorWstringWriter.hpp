@@ -11,4 +11,6 @@ public:
   // Sets the length and returns the units for the caller to fill, unshared:
   // the first min(old, new) keep their values, the rest are unspecified.
   static KorWstring::CodeUnit* resizeForOverwrite(KorWstring& text, std::size_t length);
+  // No buffer at all, as a default-constructed text: not even an empty one.
+  static bool holdsNothing(const KorWstring& text) noexcept { return text.header_ == nullptr; }
 };

@@ -82,9 +82,16 @@ void listEachBTD(KorJniCallScope& java, const char* function, KorLogToken token,
       korMakeRoom(list, static_cast<std::size_t>(length));
     }
     jobject btd = java.nonNull(readLabel, java.element(btdListLabel, btds, i));
-    list.push_back(java.requiredText(readLabel, btd, java.manager().btdDocument().*read));
-    if (debugTrace()) {
-      KorLog::debugTrace(function, token, {traceText, list.back()});
+    // Read into the new element itself, which a failure takes back off.
+    KorWstring& text = list.emplace_back();
+    try {
+      java.requiredText(text, readLabel, btd, java.manager().btdDocument().*read);
+      if (debugTrace()) {
+        KorLog::debugTrace(function, token, {traceText, text});
+      }
+    } catch (...) {
+      list.pop_back();
+      throw;
     }
   }
 }
@@ -323,8 +330,8 @@ std::vector<KorWstring> KorISRAdapterImpl::getPolicyNames(const KorWstring& type
     if (policy == nullptr) {
       continue;
     }
-    result.push_back(java.optionalText("method_com_vantor_broker_isr_ISRPolicy_getName", policy,
-                                       java.manager().isrPolicy().getName));
+    java.optionalText(result.emplace_back(), "method_com_vantor_broker_isr_ISRPolicy_getName", policy,
+                      java.manager().isrPolicy().getName);
     if (debugTrace()) {
       KorLog::debugTrace(function, token, {"policyName=", result.back()});
     }
@@ -428,13 +435,13 @@ std::vector<KorISRService> KorISRAdapterImpl::getServices() {
       continue;
     }
     KorISRService& record = result.emplace_back();
-    record.name =
-        java.optionalText("method_com_vantor_broker_isr_ISRService_getName", service, javaService.getName);
+    java.optionalText(record.name, "method_com_vantor_broker_isr_ISRService_getName", service,
+                      javaService.getName);
     if (debugTrace()) {
       KorLog::debugTrace(function, token, {"serviceName=", record.name});
     }
-    record.serviceNamespace = java.optionalText("method_com_vantor_broker_isr_ISRSerivce_getNamespace",
-                                                service, javaService.getNamespace);
+    java.optionalText(record.serviceNamespace, "method_com_vantor_broker_isr_ISRSerivce_getNamespace",
+                      service, javaService.getNamespace);
     if (debugTrace()) {
       KorLog::debugTrace(function, token, {"serviceNamespace=", record.serviceNamespace});
     }

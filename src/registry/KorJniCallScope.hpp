@@ -123,6 +123,11 @@ public:
   KorWstring optionalText(const KorCallLabel& label, jobject receiver, jmethodID method, Args... args) {
     return text(label, call<jobject>(label, receiver, method, args...));
   }
+  template <typename... Args>
+  void optionalText(KorWstring& out, const KorCallLabel& label, jobject receiver, jmethodID method,
+                    Args... args) {
+    text(label, call<jobject>(label, receiver, method, args...), out);
+  }
 
   jobject nonNull(const KorCallLabel& label, jobject result) {
     if (result == nullptr) {

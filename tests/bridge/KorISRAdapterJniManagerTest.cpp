@@ -129,7 +129,7 @@ TEST_F(JniManagerTest, UnpackingReadsTheNumberAgainAndAppendsTheInserts) {
 }
 
 // A failed read hands out no unfilled units: the returned text is empty, and
-// the caller's text stays as it was.
+// the caller's text stays as it was; a null string empties it.
 TEST_F(JniManagerTest, AFailedReadOfAJavaStringGivesNothingUnfilled) {
   const KorISRAdapterJniManager* manager = KorISRAdapterJniManager::instance();
   jstring string = TestJvm::string("read me");
@@ -144,6 +144,8 @@ TEST_F(JniManagerTest, AFailedReadOfAJavaStringGivesNothingUnfilled) {
   EXPECT_TRUE(env->ExceptionCheck());
   env->ExceptionClear();
   EXPECT_EQ(KorWstringText::toUtf8(text), "kept");
+  EXPECT_TRUE(manager->javaStringToKorWstring(env, nullptr, text));
+  EXPECT_TRUE(text.empty()) << "a null string reads as the empty text";
   env->DeleteLocalRef(string);
 }
 
