@@ -107,12 +107,9 @@ jstring KorJniManager::KorWstringTojavaString(JNIEnv* env, const KorWstring& tex
   return env->NewString(units, static_cast<jsize>(text.length()));
 }
 
-// Reads into the returned text itself: no temporary to move and destroy.
 KorWstring KorJniManager::javaStringToKorWstringInternal(JNIEnv* env, jstring string) const {
   KorWstring text;
-  if (string != nullptr) {
-    readInto(env, string, text);
-  }
+  javaStringToKorWstring(env, string, text);
   return text;
 }
 

@@ -111,10 +111,6 @@ public:
 
   // A text read from receiver: null raises DRX3703, or reads as empty.
   template <typename... Args>
-  KorWstring requiredText(const KorCallLabel& label, jobject receiver, jmethodID method, Args... args) {
-    return text(label, nonNull(label, call<jobject>(label, receiver, method, args...)));
-  }
-  template <typename... Args>
   void requiredText(KorWstring& out, const KorCallLabel& label, jobject receiver, jmethodID method,
                     Args... args) {
     text(label, nonNull(label, call<jobject>(label, receiver, method, args...)), out);
