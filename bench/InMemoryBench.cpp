@@ -271,11 +271,14 @@ int registerInMemoryBenchmarks() {
     for (int count : operation.btds) {
       library->Arg(count);
       baseline->Arg(count);
-      registerPair("stub/" + name + "/" + std::to_string(count), 1.10, false, [&operation, count] {
-        Stores& stores = Stores::holding(count);
-        return PairSides{[&] { operation.library(stores.stub, stores.stubProbe); },
-                         [&] { operation.baseline(stores.map, stores.mapProbe); }, nullptr};
-      });
+      registerPair(
+          "stub/" + name + "/" + std::to_string(count), 1.10, false,
+          [&operation, count] {
+            Stores& stores = Stores::holding(count);
+            return PairSides{[&] { operation.library(stores.stub, stores.stubProbe); },
+                             [&] { operation.baseline(stores.map, stores.mapProbe); }, nullptr};
+          },
+          [count] { Stores::holding(count); });
     }
   }
   return 0;
