@@ -1,9 +1,10 @@
 // The Java-backed adapter's operations, each beside its floor: a hand-written
 // function making the same JNI calls in the same order on the same texts,
 // with ExceptionCheck after every call that can raise, and nothing else. The
-// floor reads texts into scratch storage; listings and service reads have a
-// second floor, owned, that returns owned standard strings as a careful
-// hand-written function would.
+// floor reads texts into scratch storage; the owned floor returns owned
+// standard strings as a careful hand-written function would. Listings and
+// service reads are bound to the owned floor; the others to the floor, the
+// owned floor showing what handing out the caller's own texts costs.
 #include "BenchSupport.hpp"
 #include "PairBench.hpp"
 
@@ -184,32 +185,43 @@ struct Outputs {
   KorISRService service;
 };
 
-// The owned floor's reused output: the vector that listBTDs appends to.
+// The owned floor's reused outputs: the vector that listBTDs appends to, and
+// the strings a result replaces.
 struct OwnedOutputs {
   std::vector<std::u16string> list;
+  std::u16string uri, content;
 };
+
+// A result text, into scratch storage or into the caller's own string.
+template <bool Owned> void resultText(JNIEnv* env, jobject text, std::u16string& into) {
+  if constexpr (Owned) {
+    into = owned(env, text);
+  } else {
+    read(env, text);
+  }
+}
 
 using Adapter = KorISRAdapterImpl;
 using Floor = const FloorJni;
 
-void floorBtdExists(JNIEnv* env, Floor& j, const Inputs& in) {
+void floorBtdExists(JNIEnv* env, Floor& j, const Inputs& in, OwnedOutputs&) {
   Frame frame(env);
   jstring name = string(env, in.btd);
   benchmark::DoNotOptimize(checked(env, env->CallBooleanMethod(j.adapter, j.btdExists, name)));
 }
 
-void floorGetBtd(JNIEnv* env, Floor& j, const Inputs& in) {
+template <bool Owned> void floorGetBtd(JNIEnv* env, Floor& j, const Inputs& in, OwnedOutputs& out) {
   Frame frame(env);
   jstring name = string(env, in.btd);
   jstring content = string(env, in.content);
   jobject btd = checked(env, env->NewObject(j.btd, j.btdInit, name, content));
   env->CallVoidMethod(j.adapter, j.getBTD, btd);
   check(env);
-  read(env, checked(env, env->CallObjectMethod(btd, j.btdGetUri)));
-  read(env, checked(env, env->CallObjectMethod(btd, j.btdGetContent)));
+  resultText<Owned>(env, checked(env, env->CallObjectMethod(btd, j.btdGetUri)), out.uri);
+  resultText<Owned>(env, checked(env, env->CallObjectMethod(btd, j.btdGetContent)), out.content);
 }
 
-void floorCreateDeleteBtd(JNIEnv* env, Floor& j, const Inputs& in) {
+template <bool Owned> void floorCreateDeleteBtd(JNIEnv* env, Floor& j, const Inputs& in, OwnedOutputs& out) {
   {
     Frame frame(env);
     jstring name = string(env, in.pair);
@@ -217,7 +229,7 @@ void floorCreateDeleteBtd(JNIEnv* env, Floor& j, const Inputs& in) {
     jobject btd = checked(env, env->NewObject(j.btd, j.btdInit, name, content));
     env->CallVoidMethod(j.adapter, j.createBTD, btd);
     check(env);
-    read(env, checked(env, env->CallObjectMethod(btd, j.btdGetUri)));
+    resultText<Owned>(env, checked(env, env->CallObjectMethod(btd, j.btdGetUri)), out.uri);
   }
   Frame frame(env);
   jstring name = string(env, in.pair);
@@ -233,7 +245,8 @@ jobject floorPolicy(JNIEnv* env, Floor& j, const KorWstring& type, const KorWstr
   return checked(env, env->NewObject(j.policy, j.policyInit, javaType, javaName, javaDocument));
 }
 
-void floorCreateDeletePolicy(JNIEnv* env, Floor& j, const Inputs& in) {
+template <bool Owned>
+void floorCreateDeletePolicy(JNIEnv* env, Floor& j, const Inputs& in, OwnedOutputs& out) {
   {
     Frame frame(env);
     jobject policy = floorPolicy(env, j, in.type, in.pair, in.content);
@@ -241,7 +254,7 @@ void floorCreateDeletePolicy(JNIEnv* env, Floor& j, const Inputs& in) {
     check(env);
     env->CallVoidMethod(j.adapter, j.createPolicy, policy);
     check(env);
-    read(env, checked(env, env->CallObjectMethod(policy, j.policyGetUri)));
+    resultText<Owned>(env, checked(env, env->CallObjectMethod(policy, j.policyGetUri)), out.uri);
   }
   Frame frame(env);
   jobject policy = floorPolicy(env, j, in.type, in.pair, in.empty);
@@ -249,22 +262,22 @@ void floorCreateDeletePolicy(JNIEnv* env, Floor& j, const Inputs& in) {
   check(env);
 }
 
-void floorGetPolicy(JNIEnv* env, Floor& j, const Inputs& in) {
+template <bool Owned> void floorGetPolicy(JNIEnv* env, Floor& j, const Inputs& in, OwnedOutputs& out) {
   Frame frame(env);
   jobject policy = floorPolicy(env, j, in.type, in.policy, in.content);
   env->CallVoidMethod(j.adapter, j.getPolicy, policy);
   check(env);
-  read(env, checked(env, env->CallObjectMethod(policy, j.policyGetUri)));
-  read(env, checked(env, env->CallObjectMethod(policy, j.policyGetDocument)));
+  resultText<Owned>(env, checked(env, env->CallObjectMethod(policy, j.policyGetUri)), out.uri);
+  resultText<Owned>(env, checked(env, env->CallObjectMethod(policy, j.policyGetDocument)), out.content);
 }
 
-void floorPolicyExists(JNIEnv* env, Floor& j, const Inputs& in) {
+void floorPolicyExists(JNIEnv* env, Floor& j, const Inputs& in, OwnedOutputs&) {
   Frame frame(env);
   jobject policy = floorPolicy(env, j, in.type, in.policy, in.empty);
   benchmark::DoNotOptimize(checked(env, env->CallBooleanMethod(j.adapter, j.policyExists, policy)));
 }
 
-void floorGetPolicyNames(JNIEnv* env, Floor& j, const Inputs& in) {
+void floorGetPolicyNames(JNIEnv* env, Floor& j, const Inputs& in, OwnedOutputs&) {
   Frame frame(env);
   jstring type = string(env, in.type);
   read(env, checked(env, env->CallObjectMethod(j.adapter, j.getPolicyNames, type)));
@@ -287,7 +300,7 @@ void floorBtdListing(JNIEnv* env, Floor& j, jmethodID read) {
   }
 }
 
-void floorGetService(JNIEnv* env, Floor& j, const Inputs& in) {
+void floorGetService(JNIEnv* env, Floor& j, const Inputs& in, OwnedOutputs&) {
   Frame frame(env);
   jstring name = string(env, in.service);
   jobject service = checked(env, env->CallObjectMethod(j.adapter, j.getService, name));
@@ -296,7 +309,7 @@ void floorGetService(JNIEnv* env, Floor& j, const Inputs& in) {
   }
 }
 
-void floorGetServices(JNIEnv* env, Floor& j, const Inputs&) {
+void floorGetServices(JNIEnv* env, Floor& j, const Inputs&, OwnedOutputs&) {
   Frame frame(env);
   auto services =
       static_cast<jobjectArray>(checked(env, env->CallObjectMethod(j.adapter, j.getServicesWithoutDoc)));
@@ -370,15 +383,17 @@ void ownedGetServices(JNIEnv* env, Floor& j, const Inputs&, OwnedOutputs&) {
 struct JavaOperation {
   const char* name;
   void (*library)(Adapter&, const Inputs&, Outputs&);
-  void (*floor)(JNIEnv*, Floor&, const Inputs&);
+  using FloorSide = void (*)(JNIEnv*, Floor&, const Inputs&, OwnedOutputs&);
+  FloorSide floor;
   // The registry's BTD counts to run at; more than one is a listing's scale.
   std::vector<int> btds = {1000};
   bool threads = false; // also on two threads
   bool trace = false;   // also at trace level 4
-  void (*owned)(JNIEnv*, Floor&, const Inputs&, OwnedOutputs&) = nullptr;
+  FloorSide owned = nullptr;
   // Records or texts a call lists, for allocations per item; a listing
   // measured at several scales lists its scale.
   int items = 0;
+  bool boundToOwned = true;
 };
 
 const JavaOperation operations[] = {
@@ -390,27 +405,48 @@ const JavaOperation operations[] = {
      true},
     {"getBTD",
      [](Adapter& a, const Inputs& in, Outputs& out) { a.getBTD(in.btd, out.content, out.uri); },
-     floorGetBtd,
+     floorGetBtd<false>,
      {1000},
      true,
-     true},
+     true,
+     floorGetBtd<true>,
+     0,
+     false},
     {"createBTD+deleteBTD",
      [](Adapter& a, const Inputs& in, Outputs& out) {
        a.createBTD(in.pair, in.content, out.uri);
        a.deleteBTD(in.pair);
      },
-     floorCreateDeleteBtd},
+     floorCreateDeleteBtd<false>,
+     {1000},
+     false,
+     false,
+     floorCreateDeleteBtd<true>,
+     0,
+     false},
     {"createPolicy+deletePolicy",
      [](Adapter& a, const Inputs& in, Outputs& out) {
        a.createPolicy(in.type, in.pair, in.content, out.uri);
        a.deletePolicy(in.type, in.pair);
      },
-     floorCreateDeletePolicy},
+     floorCreateDeletePolicy<false>,
+     {1000},
+     false,
+     false,
+     floorCreateDeletePolicy<true>,
+     0,
+     false},
     {"getPolicy",
      [](Adapter& a, const Inputs& in, Outputs& out) {
        a.getPolicy(in.type, in.policy, out.content, out.uri);
      },
-     floorGetPolicy},
+     floorGetPolicy<false>,
+     {1000},
+     false,
+     false,
+     floorGetPolicy<true>,
+     0,
+     false},
     {"policyExists",
      [](Adapter& a, const Inputs& in, Outputs&) {
        benchmark::DoNotOptimize(a.policyExists(in.type, in.policy));
@@ -431,7 +467,7 @@ const JavaOperation operations[] = {
        out.list.clear();
        a.listBTDs(out.list);
      },
-     [](JNIEnv* env, Floor& j, const Inputs&) { floorBtdListing(env, j, j.btdGetUri); },
+     [](JNIEnv* env, Floor& j, const Inputs&, OwnedOutputs&) { floorBtdListing(env, j, j.btdGetUri); },
      {100, 1000, 10000, 100000},
      false,
      false,
@@ -441,7 +477,7 @@ const JavaOperation operations[] = {
      }},
     {"getBTDNames",
      [](Adapter& a, const Inputs&, Outputs& out) { benchmark::DoNotOptimize(a.getBTDNames(out.names)); },
-     [](JNIEnv* env, Floor& j, const Inputs&) { floorBtdListing(env, j, j.btdGetName); },
+     [](JNIEnv* env, Floor& j, const Inputs&, OwnedOutputs&) { floorBtdListing(env, j, j.btdGetName); },
      {100, 1000, 10000, 100000},
      false,
      false,
@@ -507,12 +543,9 @@ void runFloor(benchmark::State& state, const JavaOperation& operation, bool owne
   const Inputs in;
   OwnedOutputs out;
   const std::uint64_t before = allocations();
+  const JavaOperation::FloorSide side = owned ? operation.owned : operation.floor;
   for (auto _ : state) {
-    if (owned) {
-      operation.owned(env, jni, in, out);
-    } else {
-      operation.floor(env, jni, in);
-    }
+    side(env, jni, in, out);
   }
   countItems(state, operation, allocations() - before);
 }
@@ -537,11 +570,8 @@ PairSides javaSides(const JavaOperation& operation, int count, bool owned) {
   JNIEnv* env = KorJVM::getEnvironment();
   const FloorJni* jni = &floorJni();
   const JavaOperation* op = &operation;
-  std::function<void()> floor = [=] { op->floor(env, *jni, *in); };
-  if (owned) {
-    floor = [=] { op->owned(env, *jni, *in, *ownedOut); };
-  }
-  return {[=] { op->library(*adapter, *in, *out); }, floor, kept};
+  const JavaOperation::FloorSide side = owned ? op->owned : op->floor;
+  return {[=] { op->library(*adapter, *in, *out); }, [=] { side(env, *jni, *in, *ownedOut); }, kept};
 }
 
 int registerJavaBenchmarks() {
@@ -549,16 +579,17 @@ int registerJavaBenchmarks() {
     const std::string name = operation.name;
     withSizes(benchmark::RegisterBenchmark(("library/" + name).c_str(), runLibrary, operation, 0), operation);
     withSizes(benchmark::RegisterBenchmark(("floor/" + name).c_str(), runFloor, operation, false), operation);
-    if (operation.owned != nullptr) {
+    const bool toOwned = operation.owned != nullptr && operation.boundToOwned;
+    if (toOwned) {
       withSizes(benchmark::RegisterBenchmark(("owned/" + name).c_str(), runFloor, operation, true),
                 operation);
     }
     for (int count : operation.btds) {
       const std::string scaled = name + "/" + std::to_string(count);
-      registerPair("library/" + scaled, operation.owned != nullptr ? 0 : 1.05, true,
+      registerPair("library/" + scaled, toOwned ? 0 : 1.05, true,
                    [&operation, count] { return javaSides(operation, count, false); });
       if (operation.owned != nullptr) {
-        registerPair("owned/" + scaled, 1.05, true,
+        registerPair("owned/" + scaled, toOwned ? 1.05 : 0, true,
                      [&operation, count] { return javaSides(operation, count, true); });
       }
     }
