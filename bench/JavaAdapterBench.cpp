@@ -394,7 +394,16 @@ struct JavaOperation {
   // measured at several scales lists its scale.
   int items = 0;
   bool boundToOwned = true;
+
+  FloorSide side(bool ownedSide) const { return ownedSide ? owned : floor; }
 };
+
+// An operation bound to the floor, shown beside the owned floor too.
+JavaOperation alsoOwned(JavaOperation operation, JavaOperation::FloorSide owned) {
+  operation.owned = owned;
+  operation.boundToOwned = false;
+  return operation;
+}
 
 const JavaOperation operations[] = {
     {"btdExists",
@@ -403,50 +412,33 @@ const JavaOperation operations[] = {
      {1000},
      true,
      true},
-    {"getBTD",
-     [](Adapter& a, const Inputs& in, Outputs& out) { a.getBTD(in.btd, out.content, out.uri); },
-     floorGetBtd<false>,
-     {1000},
-     true,
-     true,
-     floorGetBtd<true>,
-     0,
-     false},
-    {"createBTD+deleteBTD",
-     [](Adapter& a, const Inputs& in, Outputs& out) {
-       a.createBTD(in.pair, in.content, out.uri);
-       a.deleteBTD(in.pair);
-     },
-     floorCreateDeleteBtd<false>,
-     {1000},
-     false,
-     false,
-     floorCreateDeleteBtd<true>,
-     0,
-     false},
-    {"createPolicy+deletePolicy",
-     [](Adapter& a, const Inputs& in, Outputs& out) {
-       a.createPolicy(in.type, in.pair, in.content, out.uri);
-       a.deletePolicy(in.type, in.pair);
-     },
-     floorCreateDeletePolicy<false>,
-     {1000},
-     false,
-     false,
-     floorCreateDeletePolicy<true>,
-     0,
-     false},
-    {"getPolicy",
-     [](Adapter& a, const Inputs& in, Outputs& out) {
-       a.getPolicy(in.type, in.policy, out.content, out.uri);
-     },
-     floorGetPolicy<false>,
-     {1000},
-     false,
-     false,
-     floorGetPolicy<true>,
-     0,
-     false},
+    alsoOwned({"getBTD",
+               [](Adapter& a, const Inputs& in, Outputs& out) { a.getBTD(in.btd, out.content, out.uri); },
+               floorGetBtd<false>,
+               {1000},
+               true,
+               true},
+              floorGetBtd<true>),
+    alsoOwned({"createBTD+deleteBTD",
+               [](Adapter& a, const Inputs& in, Outputs& out) {
+                 a.createBTD(in.pair, in.content, out.uri);
+                 a.deleteBTD(in.pair);
+               },
+               floorCreateDeleteBtd<false>},
+              floorCreateDeleteBtd<true>),
+    alsoOwned({"createPolicy+deletePolicy",
+               [](Adapter& a, const Inputs& in, Outputs& out) {
+                 a.createPolicy(in.type, in.pair, in.content, out.uri);
+                 a.deletePolicy(in.type, in.pair);
+               },
+               floorCreateDeletePolicy<false>},
+              floorCreateDeletePolicy<true>),
+    alsoOwned({"getPolicy",
+               [](Adapter& a, const Inputs& in, Outputs& out) {
+                 a.getPolicy(in.type, in.policy, out.content, out.uri);
+               },
+               floorGetPolicy<false>},
+              floorGetPolicy<true>),
     {"policyExists",
      [](Adapter& a, const Inputs& in, Outputs&) {
        benchmark::DoNotOptimize(a.policyExists(in.type, in.policy));
@@ -543,7 +535,7 @@ void runFloor(benchmark::State& state, const JavaOperation& operation, bool owne
   const Inputs in;
   OwnedOutputs out;
   const std::uint64_t before = allocations();
-  const JavaOperation::FloorSide side = owned ? operation.owned : operation.floor;
+  const JavaOperation::FloorSide side = operation.side(owned);
   for (auto _ : state) {
     side(env, jni, in, out);
   }
@@ -570,7 +562,7 @@ PairSides javaSides(const JavaOperation& operation, int count, bool owned) {
   JNIEnv* env = KorJVM::getEnvironment();
   const FloorJni* jni = &floorJni();
   const JavaOperation* op = &operation;
-  const JavaOperation::FloorSide side = owned ? op->owned : op->floor;
+  const JavaOperation::FloorSide side = op->side(owned);
   return {[=] { op->library(*adapter, *in, *out); }, [=] { side(env, *jni, *in, *ownedOut); }, kept};
 }
 
